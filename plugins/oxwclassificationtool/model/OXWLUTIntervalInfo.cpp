@@ -145,8 +145,13 @@ bool OXWLUTIntervalInfo::fitOne(int channel)
         mBaseValue[c] = reference[0].y;
         fitted[0].y = reference[0].y;
         fitted[m - 1].y = reference[m - 1].y;
+        // On a long axis, a handle near the right border can round onto the border itself in
+        // single precision, which would snap it into the cell beyond the interval: keep it on
+        // the last cell at most.
+        const float lastCellCentre = mTo - cellStep() / 2;
         for (size_t i = 1; i + 1 < m; ++i) {
-            fitted[i].x = localFromGlobal(snapToCellCentre(globalFromLocal(reference[i].x)));
+            const float global = std::min(globalFromLocal(reference[i].x), lastCellCentre);
+            fitted[i].x = localFromGlobal(snapToCellCentre(global));
             fitted[i].y = reference[i].y;
         }
     }
