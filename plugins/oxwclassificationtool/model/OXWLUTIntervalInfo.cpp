@@ -145,12 +145,15 @@ bool OXWLUTIntervalInfo::fitOne(int channel)
         mBaseValue[c] = reference[0].y;
         fitted[0].y = reference[0].y;
         fitted[m - 1].y = reference[m - 1].y;
-        // On a long axis, a handle near the right border can round onto the border itself in
-        // single precision, which would snap it into the cell beyond the interval: keep it on
-        // the last cell at most.
+        // In single precision a border is only nearly on its cell boundary, and on a long axis
+        // a handle near a border can round onto the border itself; either would snap the
+        // handle into the neighbour's cell. Inner handles stay between the centres of the
+        // interval's first and last cells.
+        const float firstCellCentre = mFrom + cellStep() / 2;
         const float lastCellCentre = mTo - cellStep() / 2;
         for (size_t i = 1; i + 1 < m; ++i) {
-            const float global = std::min(globalFromLocal(reference[i].x), lastCellCentre);
+            const float global = std::min(
+                std::max(globalFromLocal(reference[i].x), firstCellCentre), lastCellCentre);
             fitted[i].x = localFromGlobal(snapToCellCentre(global));
             fitted[i].y = reference[i].y;
         }
