@@ -1,0 +1,120 @@
+#include "OXWApplication.h"
+
+#include "OXWUndoStack.h"
+
+#include <OXMSingleton.h>
+
+#include <QFile>
+#include <QStandardPaths>
+#include <QtGlobal>
+
+#include <algorithm>
+#include <limits>
+
+OXWApplication::OXWApplication() : mUndoStack(new OXWUndoStack)
+{
+    setAutoDelete(false);
+    addProperty(OXM::RegionOfInterestSelectionList, &mRegionOfInterestSelectionList);
+    addProperty(OXM::RenderObjectSelectionList, &mRenderObjectSelectionList);
+    addProperty(OXM::Scene, &mScene);
+    addProperty(OXM::SceneManager, &mSceneManager);
+    OXMSingleton<OXWApplication>::setInstance(this);
+}
+
+OXWApplication::~OXWApplication()
+{
+    OXMSingleton<OXWApplication>::clearInstance(this);
+    if (!mOpenActions.empty())
+        userActionEnd(mOpenActions.front());
+    // The steps go while the application's properties still exist: the stack only holds weak
+    // pointers to changed objects, and references to linked objects that it releases here.
+    delete mUndoStack;
+    mUndoStack = nullptr;
+}
+
+int OXWApplication::userActionBegin(const QString& name)
+{
+    const int id = mNextActionId;
+    mNextActionId = id == std::numeric_limits<int>::max() ? 1 : id + 1;
+    if (mOpenActions.empty()) {
+        mStepOwned = mUndoStack->beginStep(name);
+        // The recorder is installed only while the step is open: outside user actions the
+        // write path does not even build the values a recorder would receive.
+        if (mStepOwned)
+            mPreviousRecorder = OXMObject::setUndoRecorder(mUndoStack);
+    }
+    mOpenActions.push_back(id);
+    return id;
+}
+
+void OXWApplication::userActionEnd(int id, const QString& text)
+{
+    auto it = std::find(mOpenActions.begin(), mOpenActions.end(), id);
+    if (it == mOpenActions.end()) {
+        qWarning("OXWApplication::userActionEnd: no open user action %d", id);
+        return;
+    }
+    const bool outermost = it == mOpenActions.begin();
+    mOpenActions.erase(it, mOpenActions.end());
+    if (!outermost)
+        return;
+    if (mStepOwned) {
+        mStepOwned = false;
+        if (OXMObject::getUndoRecorder() == mUndoStack)
+            OXMObject::setUndoRecorder(mPreviousRecorder);
+        mPreviousRecorder = nullptr;
+        mUndoStack->endStep(text);
+    }
+}
+
+bool OXWApplication::isUserActionOpen() const
+{
+    return !mOpenActions.empty();
+}
+
+OXWApplication::UserActionScope::UserActionScope(const QString& name)
+{
+    if (OXWApplication* app = OXMSingleton<OXWApplication>::getInstance())
+        mId = app->userActionBegin(name);
+}
+
+OXWApplication::UserActionScope::~UserActionScope()
+{
+    if (mId == 0)
+        return;
+    if (OXWApplication* app = OXMSingleton<OXWApplication>::getInstance())
+        app->userActionEnd(mId);
+}
+
+OXWUndoStack* OXWApplication::undoStack() const
+{
+    return mUndoStack;
+}
+
+QString OXWApplication::parsePath(const QString& path)
+{
+    static const QString documents = QStringLiteral("${USER_DOCUMENTS}");
+    if (!path.contains(documents))
+        return path;
+    QString result = path;
+    result.replace(documents, QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    return result;
+}
+
+QIcon OXWApplication::getMiniIconSet(const char* name, const char* set)
+{
+    Q_UNUSED(set);
+    if (!name || !*name)
+        return QIcon();
+    // Only plain names: letters, digits and underscores.
+    for (const char* c = name; *c; ++c) {
+        const bool plain = (*c >= 'a' && *c <= 'z') || (*c >= 'A' && *c <= 'Z') ||
+                           (*c >= '0' && *c <= '9') || *c == '_';
+        if (!plain)
+            return QIcon();
+    }
+    const QString file = QStringLiteral(":/oxw/icons/%1.svg").arg(QString::fromLatin1(name));
+    if (!QFile::exists(file))
+        return QIcon();
+    return QIcon(file);
+}
