@@ -95,6 +95,20 @@ float OXWLUTIntervalInfo::lastCentre() const
     return localFromGlobal(snapToCellCentre(mTo - cellStep() / 2));
 }
 
+bool OXWLUTIntervalInfo::forChannels(int channel, bool (OXWLUTIntervalInfo::*operation)(int),
+                                     bool stopAtFailure)
+{
+    if (channel != AllChannels || !mObjectInfo) {
+        return (this->*operation)(channel);
+    }
+    for (int c = OpacityChannel; c <= BlueChannel; ++c) {
+        if (!(this->*operation)(c) && stopAtFailure) {
+            return false;
+        }
+    }
+    return true;
+}
+
 bool OXWLUTIntervalInfo::setBorders(float from, float to)
 {
     if (!mObjectInfo || from > to) {
@@ -115,15 +129,7 @@ bool OXWLUTIntervalInfo::setBorders(float from, float to)
 
 bool OXWLUTIntervalInfo::fitChannel(int channel)
 {
-    if (channel == AllChannels && mObjectInfo) {
-        for (int c = OpacityChannel; c <= BlueChannel; ++c) {
-            if (!fitOne(c)) {
-                return false;
-            }
-        }
-        return true;
-    }
-    return fitOne(channel);
+    return forChannels(channel, &OXWLUTIntervalInfo::fitOne, true);
 }
 
 bool OXWLUTIntervalInfo::fitOne(int channel)
@@ -214,13 +220,7 @@ void OXWLUTIntervalInfo::resolveCollisions(HandleList& fitted) const
 
 bool OXWLUTIntervalInfo::commitChannel(int channel)
 {
-    if (channel == AllChannels && mObjectInfo) {
-        for (int c = OpacityChannel; c <= BlueChannel; ++c) {
-            commitOne(c);
-        }
-        return true;
-    }
-    return commitOne(channel);
+    return forChannels(channel, &OXWLUTIntervalInfo::commitOne, false);
 }
 
 bool OXWLUTIntervalInfo::commitOne(int channel)
@@ -234,13 +234,7 @@ bool OXWLUTIntervalInfo::commitOne(int channel)
 
 bool OXWLUTIntervalInfo::resetChannel(int channel)
 {
-    if (channel == AllChannels && mObjectInfo) {
-        for (int c = OpacityChannel; c <= BlueChannel; ++c) {
-            resetOne(c);
-        }
-        return true;
-    }
-    return resetOne(channel);
+    return forChannels(channel, &OXWLUTIntervalInfo::resetOne, false);
 }
 
 bool OXWLUTIntervalInfo::resetOne(int channel)
@@ -392,8 +386,7 @@ bool OXWLUTIntervalInfo::isHandleMovable(int channel, int k) const
     if (k <= 0 || k >= count - 1) {
         return false;
     }
-    return globalFromLocal(fitted[k + 1].x) - globalFromLocal(fitted[k - 1].x) >=
-           2.5f * cellStep();
+    return globalFromLocal(fitted[k + 1].x) - globalFromLocal(fitted[k - 1].x) >= 2.5f * cellStep();
 }
 
 bool OXWLUTIntervalInfo::isSegmentMovable(int channel, int k) const

@@ -22,7 +22,8 @@ class OXWLUTObjectInfo;
 class OXWLUTIntervalInfo
 {
 public:
-    enum Channel {
+    enum Channel
+    {
         OpacityChannel = 1,
         RedChannel = 2,
         GreenChannel = 3,
@@ -83,7 +84,10 @@ public:
     bool insertHandle(int channel, float x, float y);
     bool deleteHandle(int channel, int k);
 
-    static bool isValidChannel(int channel) { return channel >= OpacityChannel && channel <= BlueChannel; }
+    static bool isValidChannel(int channel)
+    {
+        return channel >= OpacityChannel && channel <= BlueChannel;
+    }
 
 private:
     static constexpr int ChannelCount = 4;
@@ -94,6 +98,9 @@ private:
     // Local x of the centres of the interval's first and last cells.
     float firstCentre() const;
     float lastCentre() const;
+    // Runs one channel's operation, or all four for AllChannels (true unless stopAtFailure
+    // and one of them failed).
+    bool forChannels(int channel, bool (OXWLUTIntervalInfo::*operation)(int), bool stopAtFailure);
     bool fitOne(int channel);
     bool commitOne(int channel);
     bool resetOne(int channel);

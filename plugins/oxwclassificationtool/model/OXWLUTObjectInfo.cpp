@@ -9,8 +9,7 @@ namespace {
 // Points of a channel's earlier curve re-applied onto one part of a split interval.
 using HandleList = OXWLUTIntervalInfo::HandleList;
 
-float valueOnLine(const OXWLUTIntervalInfo::Handle& p, const OXWLUTIntervalInfo::Handle& q,
-                  float x)
+float valueOnLine(const OXWLUTIntervalInfo::Handle& p, const OXWLUTIntervalInfo::Handle& q, float x)
 {
     if (q.x == p.x) {
         return q.y;
@@ -46,11 +45,33 @@ void applyCurve(OXWLUTIntervalInfo& interval, int channel, const HandleList& sav
     }
 }
 
+// Moves the range [a, b] into [0, 1], keeping its extent where it fits: a range reaching below
+// 0 moves up, one reaching above 1 moves down, and one larger than [0, 1] becomes [0, 1].
+// False for an empty or inverted range.
+bool moveIntoUnitRange(float& a, float& b)
+{
+    const float w = b - a;
+    if (!(w > 0.0f)) {
+        return false;
+    }
+    if (a < 0.0f) {
+        a = 0.0f;
+        b = w;
+    }
+    if (b > 1.0f) {
+        b = 1.0f;
+        a = 1.0f - w;
+        if (a < 0.0f) {
+            a = 0.0f;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
-OXWLUTObjectInfo::OXWLUTObjectInfo(float greyMin, float greyMax, float opacityMin,
-                                   float opacityMax, float greyCount, float calibratedMin,
-                                   float calibratedMax)
+OXWLUTObjectInfo::OXWLUTObjectInfo(float greyMin, float greyMax, float opacityMin, float opacityMax,
+                                   float greyCount, float calibratedMin, float calibratedMax)
     : mGreyMin(greyMin), mGreyMax(greyMax), mGreyRange(greyMax - greyMin),
       mGreyRangeInv(1.0f / mGreyRange), mGreyCount(greyCount), mGreyStep(1.0f / greyCount),
       mOpacityMin(opacityMin), mOpacityMax(opacityMax), mOpacityRange(opacityMax - opacityMin),
@@ -313,20 +334,8 @@ void OXWLUTObjectInfo::renameIntervals()
 
 bool OXWLUTObjectInfo::setVisibleOpacityRange(float a, float b)
 {
-    const float w = b - a;
-    if (!(w > 0.0f)) {
+    if (!moveIntoUnitRange(a, b)) {
         return false;
-    }
-    if (a < 0.0f) {
-        a = 0.0f;
-        b = w;
-    }
-    if (b > 1.0f) {
-        b = 1.0f;
-        a = 1.0f - w;
-        if (a < 0.0f) {
-            a = 0.0f;
-        }
     }
     if (!(a < b) || (a == mVisibleOpacityFrom && b == mVisibleOpacityTo)) {
         return false;
@@ -338,20 +347,8 @@ bool OXWLUTObjectInfo::setVisibleOpacityRange(float a, float b)
 
 bool OXWLUTObjectInfo::setVisibleGreyRange(float a, float b)
 {
-    const float w = b - a;
-    if (!(w > 0.0f)) {
+    if (!moveIntoUnitRange(a, b)) {
         return false;
-    }
-    if (a < 0.0f) {
-        a = 0.0f;
-        b = w;
-    }
-    if (b > 1.0f) {
-        b = 1.0f;
-        a = 1.0f - w;
-        if (a < 0.0f) {
-            a = 0.0f;
-        }
     }
     // Whole cells only.
     const double n = mGreyCount;
