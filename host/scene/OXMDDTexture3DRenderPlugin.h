@@ -1,0 +1,14 @@
+#pragma once
+
+#include "OXMRenderPlugin.h"
+
+// The renderer object of the class "OXMDDTexture3DRenderPlugin": the hardware 3D-texture renderer.
+class OXMDDTexture3DRenderPlugin : public OXMRenderPlugin
+{
+    OXM_SCENE_CLASS(OXMDDTexture3DRenderPlugin)
+
+public:
+    OXMDDTexture3DRenderPlugin() = default;
+    OXMDDTexture3DRenderPlugin(const OXMDDTexture3DRenderPlugin& other) = default;
+    OXMDDTexture3DRenderPlugin& operator=(const OXMDDTexture3DRenderPlugin& other) = default;
+};

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "OXMRenderPlugin.h"
+
+// The renderer object of the class "OXMRaytracing::Isosurface::RenderPlugin": the isosurface ray
+// tracer.
+class OXMRaytracingIsosurfaceRenderPlugin : public OXMRenderPlugin
+{
+    OXM_SCENE_CLASS(OXMRaytracingIsosurfaceRenderPlugin)
+
+public:
+    OXMRaytracingIsosurfaceRenderPlugin() = default;
+    OXMRaytracingIsosurfaceRenderPlugin(const OXMRaytracingIsosurfaceRenderPlugin& other) = default;
+    OXMRaytracingIsosurfaceRenderPlugin&
+    operator=(const OXMRaytracingIsosurfaceRenderPlugin& other) = default;
+};

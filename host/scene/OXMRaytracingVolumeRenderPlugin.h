@@ -1,0 +1,15 @@
+#pragma once
+
+#include "OXMRenderPlugin.h"
+
+// The renderer object of the class "OXMRaytracing::Volume::RenderPlugin": the volume ray tracer.
+class OXMRaytracingVolumeRenderPlugin : public OXMRenderPlugin
+{
+    OXM_SCENE_CLASS(OXMRaytracingVolumeRenderPlugin)
+
+public:
+    OXMRaytracingVolumeRenderPlugin() = default;
+    OXMRaytracingVolumeRenderPlugin(const OXMRaytracingVolumeRenderPlugin& other) = default;
+    OXMRaytracingVolumeRenderPlugin&
+    operator=(const OXMRaytracingVolumeRenderPlugin& other) = default;
+};

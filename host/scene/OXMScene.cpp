@@ -1,0 +1,50 @@
+#include "OXMScene.h"
+
+#include "OXMCamera.h"
+#include "OXMObjectPath.h"
+#include "OXMObjectPtr.h"
+#include "OXMSceneNames.h"
+#include "OXMVolumeRenderObject.h"
+#include "OXMVolumeTransform.h"
+
+OXM_SCENE_CLASS_IMPL(OXMScene, "OXMScene", OXMSceneObject)
+
+OXMScene::OXMScene()
+{
+    addSingle<const char*>(OXM::Name, "");
+    addLinkArray(OXM::VolumeRenderObjectList, true);
+    addLinkArray(OXMSceneNames::sceneCameraList(), true);
+    appendLink(OXMSceneNames::sceneCameraList(), OXMObjectLink(new OXMCamera));
+}
+
+OXMScene::OXMScene(const OXMScene& other) : OXMScene()
+{
+    copyValuesFrom(other);
+}
+
+OXMScene& OXMScene::operator=(const OXMScene& other)
+{
+    if (this != &other)
+        copyValuesFrom(other);
+    return *this;
+}
+
+bool OXMScene::addVolume(OXMVolumeRenderObject* volume, OXMVolumeTransform* transform)
+{
+    if (!volume)
+        return false;
+    if (!transform)
+        transform = new OXMVolumeTransform;
+    OXMObjectPtr hold(transform);
+    if (!appendLink(OXM::VolumeRenderObjectList, OXMObjectLink(volume, transform)))
+        return false;
+    return volume->setValue(OXM::ScenePath, OXMObjectPath::fromObject(volume));
+}
+
+OXMCamera* OXMScene::getCamera(int index) const
+{
+    const std::vector<OXMObjectLink> cameras = getLinks(OXMSceneNames::sceneCameraList());
+    if (index < 0 || index >= int(cameras.size()))
+        return nullptr;
+    return dynamic_cast<OXMCamera*>(cameras[std::size_t(index)].getLink());
+}

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "OXMSceneObject.h"
+
+class OXMCamera;
+class OXMVolumeRenderObject;
+class OXMVolumeTransform;
+
+// The root of a scene. Properties: OXM::Name, OXM::VolumeRenderObjectList (parent-link array:
+// each link names a volume and, as auxiliary object, its OXMVolumeTransform) and
+// "SceneCameraList" of the plug-in's namespace (parent-link array of OXMCamera; a new scene
+// holds one camera).
+class OXMScene : public OXMSceneObject
+{
+    OXM_SCENE_CLASS(OXMScene)
+
+public:
+    OXMScene();
+    OXMScene(const OXMScene& other);
+    OXMScene& operator=(const OXMScene& other);
+
+    // Appends the volume with its transform (a new identity transform when null) and sets
+    // the volume's OXM::ScenePath.
+    bool addVolume(OXMVolumeRenderObject* volume, OXMVolumeTransform* transform = nullptr);
+    OXMCamera* getCamera(int index = 0) const;
+};

@@ -1,0 +1,28 @@
+#include "OXMVolumeTransform.h"
+
+OXM_SCENE_CLASS_IMPL(OXMVolumeTransform, "OXMVolumeTransform", OXMSceneObject)
+
+OXMVolumeTransform::OXMVolumeTransform()
+{
+    addSingle(OXM::Origin, OXMVector3<float>(0.0f, 0.0f, 0.0f));
+    addSingle(OXM::TransformMatrix, identity());
+}
+
+OXMVolumeTransform::OXMVolumeTransform(const OXMVolumeTransform& other) : OXMVolumeTransform()
+{
+    copyValuesFrom(other);
+}
+
+OXMVolumeTransform& OXMVolumeTransform::operator=(const OXMVolumeTransform& other)
+{
+    if (this != &other)
+        copyValuesFrom(other);
+    return *this;
+}
+
+std::vector<float> OXMVolumeTransform::identity()
+{
+    std::vector<float> m(16, 0.0f);
+    m[0] = m[5] = m[10] = m[15] = 1.0f;
+    return m;
+}
