@@ -4,6 +4,7 @@
 #include "OXMObjectPath.h"
 #include "OXMObjectPtr.h"
 #include "OXMSceneNames.h"
+#include "OXMTulvoRights.h"
 #include "OXMVolumeRenderObject.h"
 #include "OXMVolumeTransform.h"
 
@@ -15,6 +16,8 @@ OXMScene::OXMScene()
     addLinkArray(OXM::VolumeRenderObjectList, true);
     addLinkArray(OXMSceneNames::sceneCameraList(), true);
     appendLink(OXMSceneNames::sceneCameraList(), OXMObjectLink(new OXMCamera));
+    addLink(OXMSceneNames::tulvoRights(), true);
+    setValue(OXMSceneNames::tulvoRights(), OXMObjectLink(new OXMTulvoRights));
 }
 
 OXMScene::OXMScene(const OXMScene& other) : OXMScene()
@@ -47,4 +50,12 @@ OXMCamera* OXMScene::getCamera(int index) const
     if (index < 0 || index >= int(cameras.size()))
         return nullptr;
     return dynamic_cast<OXMCamera*>(cameras[std::size_t(index)].getLink());
+}
+
+OXMTulvoRights* OXMScene::getRights() const
+{
+    OXMObjectLink link;
+    if (!getValue(OXMSceneNames::tulvoRights(), link))
+        return nullptr;
+    return dynamic_cast<OXMTulvoRights*>(link.getLink());
 }

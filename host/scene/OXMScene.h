@@ -3,13 +3,15 @@
 #include "OXMSceneObject.h"
 
 class OXMCamera;
+class OXMTulvoRights;
 class OXMVolumeRenderObject;
 class OXMVolumeTransform;
 
 // The root of a scene. Properties: OXM::Name, OXM::VolumeRenderObjectList (parent-link array:
 // each link names a volume and, as auxiliary object, its OXMVolumeTransform) and
 // "SceneCameraList" of the plug-in's namespace (parent-link array of OXMCamera; a new scene
-// holds one camera).
+// holds one camera) and "TulvoRights" of the same namespace (link to the OXMTulvoRights of
+// the open file; a new scene grants every right).
 class OXMScene : public OXMSceneObject
 {
     OXM_SCENE_CLASS(OXMScene)
@@ -23,4 +25,5 @@ public:
     // the volume's OXM::ScenePath.
     bool addVolume(OXMVolumeRenderObject* volume, OXMVolumeTransform* transform = nullptr);
     OXMCamera* getCamera(int index = 0) const;
+    OXMTulvoRights* getRights() const;
 };

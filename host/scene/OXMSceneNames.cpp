@@ -49,6 +49,7 @@ OXMenum OXMSceneNames::shadingModel() { static const OXMenum e = toolName("Shadi
 OXMenum OXMSceneNames::shadingCountLimit() { static const OXMenum e = toolName("ShadingCountLimit"); return e; }
 OXMenum OXMSceneNames::surfaceInverted() { static const OXMenum e = toolName("SurfaceInverted"); return e; }
 OXMenum OXMSceneNames::sceneCameraList() { static const OXMenum e = toolName("SceneCameraList"); return e; }
+OXMenum OXMSceneNames::tulvoRights() { static const OXMenum e = toolName("TulvoRights"); return e; }
 OXMenum OXMSceneNames::scatterHQ() { static const OXMenum e = toolName("ScatterHQ"); return e; }
 // clang-format on
 

@@ -22,6 +22,7 @@ public:
     static OXMenum shadingCountLimit();
     static OXMenum surfaceInverted();
     static OXMenum sceneCameraList();
+    static OXMenum tulvoRights();
     static OXMenum scatterHQ();
 
     // Declares the roles of the scene objects and registers every scene class with the class

@@ -1,6 +1,7 @@
 #include "OXMCamera.h"
 #include "OXMClassManager.h"
 #include "OXMMetaClass.h"
+#include "OXMObjectIOCPtr.h"
 #include "OXMObjectPath.h"
 #include "OXMObjectPtr.h"
 #include "OXMObjectRefPtr.h"
@@ -11,6 +12,7 @@
 #include "OXMSampleTransferSpec.h"
 #include "OXMScene.h"
 #include "OXMSceneNames.h"
+#include "OXMTulvoRights.h"
 #include "OXMVector2.h"
 #include "OXMVolumeRenderObject.h"
 #include "OXMVolumeTransform.h"
@@ -225,6 +227,34 @@ TEST(OXMSceneObjects, SceneCameraHoldsOxm2RenderSettings)
     EXPECT_TRUE(settings->setValue(OXM::SamplingDistance, 0.5f));
     EXPECT_TRUE(settings->setValue(OXMSceneNames::shadingCountLimit(), 1));
     EXPECT_TRUE(settings->setValue(OXMSceneNames::surfaceInverted(), OXM::True));
+}
+
+TEST(OXMSceneObjects, SceneLinksTheRightsOfTheOpenFileAndTheirChangesAreHeard)
+{
+    OXMObjectPtr hold(new OXMScene);
+    auto* scene = static_cast<OXMScene*>(hold.get());
+    // Found the way the classification tool finds it: the link named in the tool's namespace.
+    OXMObjectLink link;
+    ASSERT_TRUE(
+        scene->getValue(OXMRegisteredEnum("TulvoRights", false, "oxwclassificationtool"), link));
+    auto* rights = dynamic_cast<OXMTulvoRights*>(link.getLink());
+    ASSERT_NE(rights, nullptr);
+    EXPECT_EQ(rights, scene->getRights());
+    EXPECT_TRUE(rights->getAllowClassificationEdit());
+
+    struct Counter : OXMIOC
+    {
+        int changes = 0;
+        void iocCallback(Message& message) override
+        {
+            if (message.getType() == OXM::PropertyChanged)
+                ++changes;
+        }
+    } counter;
+    OXMObjectIOCPtr listening(rights, &counter);
+    EXPECT_TRUE(rights->setAllowClassificationEdit(false));
+    EXPECT_FALSE(rights->getAllowClassificationEdit());
+    EXPECT_EQ(counter.changes, 1);
 }
 
 TEST(OXMSceneObjects, SceneManagerAddsAndSelects)
