@@ -5,7 +5,6 @@
 
 #include <OXMSingleton.h>
 #include <OXWApplication.h>
-#include <OXWTaskProgress.h>
 #include <OXWUndoStack.h>
 
 #include <QAction>
@@ -54,17 +53,9 @@ OXWViewerWindow::OXWViewerWindow(OXWApplication* app, QWidget* parent) : OXWMain
     updateUndoActions();
 
     statusBar()->showMessage(tr("Ready"));
-    if (getInstance() == this) {
-        OXWTaskProgress::beginStatusBarCallback();
-        mProgressInstalled = true;
-    }
 }
 
-OXWViewerWindow::~OXWViewerWindow()
-{
-    if (mProgressInstalled)
-        OXWTaskProgress::endStatusBarCallback();
-}
+OXWViewerWindow::~OXWViewerWindow() = default;
 
 void OXWViewerWindow::createMenus()
 {

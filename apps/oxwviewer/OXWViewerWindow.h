@@ -20,9 +20,9 @@ class QMenu;
 // plug-ins of the attached loader).
 //
 // The log pane (OXWLogPane) is docked at the bottom as a tool of the window; it shows the
-// host's error channel and the messages of an attached plug-in loader. While the window is
-// the registered main window, the status bar carries the task progress
-// (OXWTaskProgress::beginStatusBarCallback from construction to destruction).
+// host's error channel and the messages of an attached plug-in loader. Long work shows its
+// progress in the status bar by bracketing itself with OXWTaskProgress's begin and end calls
+// (the bar and its Cancel button are there only meanwhile).
 //
 // The central area shows an empty state ("No volume loaded") until the scene views replace
 // it (setCentralWidget).
@@ -74,5 +74,4 @@ private:
     QAction* mUndoAction = nullptr;
     QAction* mRedoAction = nullptr;
     QAction* mAboutPluginsAction = nullptr;
-    bool mProgressInstalled = false;
 };
