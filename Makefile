@@ -1,10 +1,15 @@
 # Entry points for building, testing and benchmarking.
+#   make run        install missing packages, build, start the viewer on the built-in sample;
+#                   without a display it runs offscreen and writes SCREENSHOT (oxwviewer.png)
 #   make test       install missing packages, build, run every test
 #   make test-asan  the same with AddressSanitizer + UndefinedBehaviorSanitizer
 #   make bench      build and run the benchmarks (optimised build)
 #   make format     clang-format every source file in place
 
-.PHONY: all deps build test test-asan bench format
+.PHONY: all deps build run test test-asan bench format
+
+SCREENSHOT ?= oxwviewer.png
+VIEWER := build/default/apps/oxwviewer/oxwviewer
 
 all: build
 
@@ -14,6 +19,14 @@ deps:
 build: deps
 	cmake --preset default
 	cmake --build --preset default
+
+run: build
+	@if [ -n "$$DISPLAY" ] || [ -n "$$WAYLAND_DISPLAY" ]; then \
+		$(VIEWER); \
+	else \
+		echo "No display: running offscreen and writing $(SCREENSHOT)"; \
+		QT_QPA_PLATFORM=offscreen $(VIEWER) --screenshot $(SCREENSHOT); \
+	fi
 
 test: build
 	ctest --preset default

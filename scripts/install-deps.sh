@@ -9,7 +9,7 @@ packages=(
   qtbase5-dev qtbase5-dev-tools qttools5-dev-tools libqt5svg5-dev
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev clang-format
-  xvfb xauth
+  xvfb xauth fonts-dejavu-core
 )
 
 missing=()
