@@ -2,10 +2,21 @@
 
 #include "OXWLogPane.h"
 #include "OXWPluginLoader.h"
+#include "OXWSampleScene.h"
+#include "OXWSceneTreeView.h"
+#include "OXWSliceView.h"
 #include "OXWViewerWindow.h"
 
 #include <OXMError.h>
+#include <OXMScene.h>
+#include <OXMTulvoRights.h>
+#include <OXMVolumeRenderObject.h>
 #include <OXWApplication.h>
+#include <OXWTaskProgress.h>
+
+#include <QAction>
+#include <QMenu>
+#include <QSplitter>
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -49,7 +60,12 @@ int main(int argc, char** argv)
         QStringLiteral("directory"));
     const QCommandLineOption noPluginsOption(QStringLiteral("no-plugins"),
                                              QStringLiteral("Do not load any plug-in."));
+    const QCommandLineOption sampleSizeOption(
+        QStringLiteral("sample-size"),
+        QStringLiteral("Edge length in voxels of the built-in sample volumes (default 256)."),
+        QStringLiteral("voxels"), QStringLiteral("256"));
     parser.addOption(screenshotOption);
+    parser.addOption(sampleSizeOption);
     parser.addOption(pluginDirOption);
     parser.addOption(noPluginsOption);
     parser.process(qapp);
@@ -72,6 +88,42 @@ int main(int argc, char** argv)
         if (QGuiApplication::platformName() == QLatin1String("offscreen"))
             window->setFixedSize(1280, 800);
     }
+
+    // The built-in sample: two CT-like phantoms, the 16-bit one selected. The scene tree writes
+    // the application's selection lists, the slice view shows the current object with its
+    // classification and follows every change of it.
+    bool sizeOk = false;
+    const int sampleSize = parser.value(sampleSizeOption).toInt(&sizeOk);
+    OXWSampleScene::Result sample;
+    OXWTaskProgress::beginStatusBarCallback();
+    const bool sampleBuilt = OXWSampleScene::build(&app, sizeOk ? sampleSize : -1, sample);
+    OXWTaskProgress::endStatusBarCallback();
+    if (!sampleBuilt)
+        window->logPane()->appendMessage(
+            QObject::tr("The built-in sample could not be built (sample size %1).")
+                .arg(parser.value(sampleSizeOption)));
+
+    auto* views = new QSplitter(window.get());
+    auto* tree = new OXWSceneTreeView(views);
+    auto* slices = new OXWSliceView(views);
+    views->setStretchFactor(0, 0);
+    views->setStretchFactor(1, 1);
+    views->setSizes({220, 1060});
+    QObject::connect(tree, &OXWSceneTreeView::currentObjectChanged, slices,
+                     &OXWSliceView::setObject);
+    tree->setApplication(&app);
+    if (sample.volume16)
+        tree->selectObject(sample.volume16);
+    window->setCentralWidget(views);
+
+    // Trying the tool without the right to edit: the rights of the open file live in the scene.
+    QAction* lock = window->editMenu()->addAction(QObject::tr("Lock classification"));
+    lock->setCheckable(true);
+    lock->setEnabled(sample.scene && sample.scene->getRights());
+    QObject::connect(lock, &QAction::toggled, [&sample](bool locked) {
+        if (OXMTulvoRights* rights = sample.scene ? sample.scene->getRights() : nullptr)
+            rights->setAllowClassificationEdit(!locked);
+    });
 
     if (!parser.isSet(noPluginsOption)) {
         const int loaded = loader.loadAll();

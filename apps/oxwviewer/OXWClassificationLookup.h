@@ -1,0 +1,133 @@
+#pragma once
+
+#include <OXMenum.h>
+
+#include <QRgb>
+
+#include <cmath>
+#include <vector>
+
+class OXMObject;
+
+// The classification of a volume or region of interest as a colour table: one premultiplied
+// ARGB entry per grey-value bin (QImage::Format_ARGB32_Premultiplied layout), for drawing
+// voxels over black.
+//
+// build(object) finds, through the objects' properties:
+//   - the material (link OXM::ApplicationSampleMaterial of the object),
+//   - the sample grid (link OXM::SampleGrid of the object, else of the owner of its parent
+//     link, i.e. a region's volume),
+//   - the bin range: the index range of the "Histogram" array of the histogram result (first
+//     entry of OXM::HistogramList whose channel reads the opacity channel's input channel, the
+//     object's list or else its parent's) when it holds values; otherwise the range the
+//     histogram would have, counted over the whole grid (integer data: every integer value
+//     from the smallest to the largest voxel value).
+// Entry k (bin k): the interval i with b(i) < k <= b(i+1) of OXM::IntervalIndexList; a bin
+// outside every interval or in an interval whose OXM::IntervalModeList entry is OXM::Disabled
+// is transparent (0). Otherwise opacity a = the opacity channel (OXM::Opacity) at x = k and
+// colour c = the diffuse channels (OXM::DiffuseRed/Green/Blue) at k, each channel resolved
+// through its OXM::Reference links while its OXM::MapMode is OXM::Reference; a and c are
+// clamped to 0..1 and the entry is (a, c·a) scaled to 0..255 and rounded.
+//
+// Floating-point data: the bins are those of the host's histogram of such data, binCount bins
+// whose centres run evenly from the smallest to the largest value (the histogram result's
+// data range when there is a result, else counted over the grid); a value v belongs to bin
+// floor((v - low) * (bins - 1) / (high - low) + 0.5). Colour data use the component that the
+// opacity channel's OXM::InputChannel names.
+//
+// Cost: O(bins + handles + intervals) after the bin range is known (no histogram pass when a
+// histogram result exists); a 65 536-entry table takes well under a millisecond.
+class OXWClassificationLookup
+{
+public:
+    enum class Status
+    {
+        Empty,      // nothing built yet / no object
+        NoMaterial, // the object has no material
+        NoGrid,     // no sample grid, or a grid without voxels
+        NoRange,    // the bin range could not be determined
+        NoOpacity,  // the material has no opacity channel
+        Ok,
+    };
+
+    OXWClassificationLookup() = default;
+
+    // Rebuilds the table for the object (a volume or a region of interest). Returns the new
+    // status; on failure the table is empty (every lookup answers transparent).
+    Status build(const OXMObject* object);
+    void clear();
+
+    Status getStatus() const { return mStatus; }
+    bool isValid() const { return mStatus == Status::Ok; }
+
+    int getFirstBin() const { return mFirst; }
+    int getLastBin() const { return mLast; }
+    const std::vector<QRgb>& getTable() const { return mTable; }
+    // The entry of bin k; transparent outside the bin range.
+    QRgb entryForBin(long long k) const
+    {
+        const long long i = k - mFirst;
+        return i >= 0 && i < (long long)mTable.size() ? mTable[std::size_t(i)] : 0u;
+    }
+
+    // Floating-point data: the bin a native value falls into; integer data: the value rounded.
+    // A value outside the bin range (or not a number) gives getLastBin() + 1, whose entry is
+    // transparent.
+    bool isFloatBinning() const { return mFloat; }
+    long long binForValue(double native) const
+    {
+        const double k = mFloat ? std::floor((native - mLow) * mScale + 0.5)
+                                : std::floor(native + 0.5) - double(mFirst);
+        if (!(k >= 0.0 && k <= double(mLast) - double(mFirst)))
+            return (long long)mLast + 1;
+        return (long long)mFirst + (long long)k;
+    }
+    QRgb entryForValue(double native) const { return entryForBin(binForValue(native)); }
+
+    // The objects the table was built from: the object, its material, the channels read (and
+    // every object on their reference chains), the grid, the histogram and its result. A
+    // change message of any of them can change the table.
+    const std::vector<OXMObject*>& getSources() const { return mSources; }
+    // The grid whose voxels the table classifies, the region's volume for a region.
+    OXMObject* getGrid() const { return mGrid; }
+    // The data component that the table classifies (0 for scalar data).
+    int getComponent() const { return mComponent; }
+
+    // The material of an object (null if none).
+    static OXMObject* findMaterial(const OXMObject* object);
+    // The sample grid of an object: its own link, else its parent owner's.
+    static OXMObject* findGrid(const OXMObject* object);
+    // The channel a material's channel link names, followed through reference links (null for
+    // a missing link or a reference cycle). Every object visited is appended to visited.
+    static OXMObject* resolveChannel(const OXMObject* material, OXMenum channelID,
+                                     std::vector<OXMObject*>* visited = nullptr);
+
+private:
+    void addSource(OXMObject* object);
+    bool findBinRange(const OXMObject* object, OXMenum inputChannel);
+
+    // The bin range counted over a grid without histogram values. The grid pointer only
+    // identifies the grid (with its data version); it is never dereferenced from here.
+    struct RangeCache
+    {
+        const void* grid = nullptr;
+        int dataVersion = -1;
+        OXMenum channel;
+        int first = 0;
+        int last = -1;
+        double low = 0.0;
+        double scale = 0.0;
+    };
+
+    RangeCache mRangeCache;
+    Status mStatus = Status::Empty;
+    int mFirst = 0;
+    int mLast = -1;
+    bool mFloat = false;
+    double mLow = 0.0;
+    double mScale = 0.0;
+    int mComponent = 0;
+    OXMObject* mGrid = nullptr;
+    std::vector<QRgb> mTable;
+    std::vector<OXMObject*> mSources;
+};

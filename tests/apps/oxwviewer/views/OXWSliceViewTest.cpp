@@ -1,0 +1,252 @@
+#include "OXWSliceView.h"
+#include "OXWViewsTestSupport.h"
+
+#include <OXMRegionOfInterest.h>
+
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+using namespace oxwviewtest;
+
+namespace {
+
+constexpr int Size = 32;
+
+long long nonBlack(const QImage& image)
+{
+    long long n = 0;
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if ((image.pixel(x, y) & 0x00ffffffu) != 0)
+                ++n;
+    return n;
+}
+
+// Waits for the pending recompute and a little longer, so that a second one would show.
+void settle(OXWSliceView& view)
+{
+    ASSERT_TRUE(waitFor([&] { return !view.isRecomputePending(); }));
+    QTest::qWait(3 * OXWSliceView::RecomputeDelay);
+}
+
+struct Fixture
+{
+    OXMObjectPtr hold{phantom16(Size)};
+    OXMVolumeRenderObject* volume = static_cast<OXMVolumeRenderObject*>(hold.get());
+    OXMSampleMaterial* material = volume->getMaterial();
+    const std::uint16_t* samples = volume->getSampleGrid()->getSamples<std::uint16_t>();
+    int first = 0;
+    int last = 0;
+
+    Fixture() { volume->getSampleGrid()->getIndexRange(OXM::Gray, first, last); }
+
+    // The voxel shown at pixel (x, y) of the axial slice.
+    std::uint16_t axial(int x, int y) const
+    {
+        return samples[(Size / 2) * Size * Size + y * Size + x];
+    }
+};
+
+} // namespace
+
+TEST(OXWSliceView, EmptyStateWithoutObject)
+{
+    OXWSliceView view;
+    view.resize(300, 120);
+    EXPECT_FALSE(view.hasSlices());
+    EXPECT_EQ(view.getEmptyText(), QStringLiteral("No volume selected"));
+    view.setObject(nullptr);
+    EXPECT_FALSE(view.hasSlices());
+    EXPECT_EQ(view.getEmptyText(), QStringLiteral("No volume selected"));
+    EXPECT_TRUE(view.getSliceImage(OXWSliceView::Axial).isNull());
+    EXPECT_EQ(view.getRenderedImage().size(), QSize(300, 120));
+}
+
+TEST(OXWSliceView, ShowsThePhantomWithTheDefaultMaterial)
+{
+    Fixture f;
+    OXWSliceView view;
+    view.resize(600, 240);
+    view.setObject(f.volume);
+    ASSERT_TRUE(view.hasSlices());
+    EXPECT_EQ(view.getRecomputeCount(), 1);
+    for (auto plane : {OXWSliceView::Axial, OXWSliceView::Coronal, OXWSliceView::Sagittal}) {
+        const QImage slice = view.getSliceImage(plane);
+        EXPECT_EQ(slice.size(), QSize(Size, Size));
+        EXPECT_GT(nonBlack(slice), Size * Size / 4) << plane;
+    }
+    // Pixel = table entry of the voxel (premultiplied colour over black).
+    const QImage axial = view.getSliceImage(OXWSliceView::Axial);
+    for (int y = 0; y < Size; y += 5)
+        for (int x = 0; x < Size; x += 3)
+            EXPECT_EQ(axial.pixel(x, y) & 0x00ffffffu,
+                      view.getLookup().entryForBin(f.axial(x, y)) & 0x00ffffffu);
+    const QImage rendered = view.getRenderedImage();
+    EXPECT_EQ(rendered.size(), QSize(600, 240));
+    EXPECT_GT(nonBlack(rendered), 1000);
+
+    view.show();
+    ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+    EXPECT_GT(nonBlack(view.grab().toImage()), 1000);
+}
+
+TEST(OXWSliceView, BurstOfOpacityWritesRecomputesOnce)
+{
+    Fixture f;
+    OXWSliceView view;
+    view.setObject(f.volume);
+    settle(view);
+    const int before = view.getRecomputeCount();
+    QSignalSpy recomputed(&view, &OXWSliceView::recomputed);
+
+    OXMObject* opacity = link(f.material, OXM::Opacity);
+    for (int i = 0; i < 10; ++i) {
+        const float top = 0.1f * float(i + 1);
+        ASSERT_TRUE(setArray<OXMVector2<float>>(opacity, OXM::LookupTableHandleList,
+                                                {{float(f.first), 0.0f}, {float(f.last), top}}));
+    }
+    EXPECT_TRUE(view.isRecomputePending());
+    EXPECT_EQ(view.getRecomputeCount(), before); // nothing yet: coalesced
+    settle(view);
+    EXPECT_EQ(view.getRecomputeCount(), before + 1);
+    EXPECT_EQ(recomputed.count(), 1);
+    // The last curve is shown: opacity 1 at the last bin.
+    EXPECT_EQ(qAlpha(view.getLookup().entryForBin(f.last)), 255);
+}
+
+TEST(OXWSliceView, DisabledIntervalDarkensItsVoxels)
+{
+    Fixture f;
+    OXWSliceView view;
+    view.setObject(f.volume);
+    // A bone voxel of the axial slice, bright with the default ramp.
+    int bx = -1, by = -1;
+    for (int y = 0; y < Size && bx < 0; ++y)
+        for (int x = 0; x < Size; ++x)
+            if (f.axial(x, y) > 1500) {
+                bx = x;
+                by = y;
+                break;
+            }
+    ASSERT_GE(bx, 0);
+    // And a soft-tissue voxel below the border.
+    int tx = -1, ty = -1;
+    for (int y = 0; y < Size && tx < 0; ++y)
+        for (int x = 0; x < Size; ++x)
+            if (f.axial(x, y) > 800 && f.axial(x, y) <= 1500) {
+                tx = x;
+                ty = y;
+                break;
+            }
+    ASSERT_GE(tx, 0);
+    const QImage before = view.getSliceImage(OXWSliceView::Axial);
+    EXPECT_NE(before.pixel(bx, by) & 0x00ffffffu, 0u);
+    EXPECT_NE(before.pixel(tx, ty) & 0x00ffffffu, 0u);
+
+    // Two intervals: up to 1500 and above; the upper one off. Borders first, then modes, as a
+    // tool writes them: one recompute.
+    const int count = view.getRecomputeCount();
+    ASSERT_TRUE(setArray<int>(f.material, OXM::IntervalIndexList, {f.first - 1, 1500, f.last}));
+    ASSERT_TRUE(
+        setArray<OXMenum>(f.material, OXM::IntervalModeList, {OXM::Enabled, OXM::Disabled}));
+    settle(view);
+    EXPECT_EQ(view.getRecomputeCount(), count + 1);
+    const QImage after = view.getSliceImage(OXWSliceView::Axial);
+    EXPECT_EQ(after.pixel(bx, by), qRgb(0, 0, 0));
+    EXPECT_EQ(after.pixel(tx, ty), before.pixel(tx, ty));
+    EXPECT_LT(nonBlack(after), nonBlack(before));
+}
+
+TEST(OXWSliceView, FollowsChannelsAndAReplacedMaterial)
+{
+    Fixture f;
+    OXWSliceView view;
+    view.setObject(f.volume);
+    const QImage white = view.getSliceImage(OXWSliceView::Axial);
+
+    // Diffuse red shares the ambient red table; a change of the ambient channel shows.
+    auto* ambientRed = f.material->getChannel(OXM::AmbientRed);
+    ASSERT_TRUE(f.material->getChannel(OXM::DiffuseRed)->setReference(ambientRed));
+    settle(view);
+    ASSERT_TRUE(ambientRed->setCurve({{float(f.first), 0.0f}, {float(f.last), 0.0f}}));
+    settle(view);
+    const QImage cyan = view.getSliceImage(OXWSliceView::Axial);
+    bool anyRed = false;
+    for (int y = 0; y < Size; ++y)
+        for (int x = 0; x < Size; ++x)
+            anyRed = anyRed || qRed(cyan.pixel(x, y)) != 0;
+    EXPECT_FALSE(anyRed);
+    EXPECT_EQ(nonBlack(cyan), nonBlack(white));
+
+    // A new material whose only interval is off: all black, and its channels are followed.
+    OXMObjectPtr oldMaterial(f.material); // kept alive to write to its channels below
+    auto* replacement = new OXMSampleMaterial;
+    ASSERT_TRUE(replacement->setDefaultClassification(f.first, f.last));
+    ASSERT_TRUE(setArray<OXMenum>(replacement, OXM::IntervalModeList, {OXM::Disabled}));
+    ASSERT_TRUE(f.volume->setLinkedObject(OXM::ApplicationSampleMaterial, replacement));
+    settle(view);
+    EXPECT_EQ(nonBlack(view.getSliceImage(OXWSliceView::Axial)), 0);
+    const int count = view.getRecomputeCount();
+    ASSERT_TRUE(setArray<OXMenum>(replacement, OXM::IntervalModeList, {OXM::Enabled}));
+    settle(view);
+    EXPECT_EQ(view.getRecomputeCount(), count + 1);
+    EXPECT_EQ(view.getSliceImage(OXWSliceView::Axial), white);
+    // The old material's channels are no longer followed.
+    ASSERT_TRUE(ambientRed->setCurve({{float(f.first), 1.0f}, {float(f.last), 1.0f}}));
+    settle(view);
+    EXPECT_EQ(view.getRecomputeCount(), count + 1);
+}
+
+TEST(OXWSliceView, ClearsWhenTheObjectDies)
+{
+    auto f = std::make_unique<Fixture>();
+    OXWSliceView view;
+    view.setObject(f->volume);
+    ASSERT_TRUE(view.hasSlices());
+    f.reset(); // the volume, its material and grid go
+    settle(view);
+    EXPECT_FALSE(view.hasSlices());
+    EXPECT_EQ(view.getObject(), nullptr);
+    EXPECT_EQ(view.getEmptyText(), QStringLiteral("No volume selected"));
+}
+
+TEST(OXWSliceView, RegionShowsOnlyItsVoxelsWithItsClassification)
+{
+    Fixture f;
+    const long long voxels = (long long)Size * Size * Size;
+    std::vector<std::uint8_t> mask(std::size_t(voxels), 0);
+    for (long long i = 0; i < voxels; ++i)
+        mask[std::size_t(i)] = f.samples[i] > 800 ? 1 : 0;
+    auto* roi = new OXMRegionOfInterest;
+    ASSERT_TRUE(roi->setMask(mask));
+    ASSERT_TRUE(f.volume->appendLink(OXM::RegionOfInterestList, OXMObjectLink(roi)));
+    ASSERT_TRUE(roi->execute(OXM::Init));
+    ASSERT_TRUE(roi->getHistogram()->execute(OXM::Calculate));
+
+    OXWSliceView view;
+    view.setObject(roi);
+    ASSERT_TRUE(view.hasSlices());
+    const QImage axial = view.getSliceImage(OXWSliceView::Axial);
+    long long outside = 0, insideLit = 0;
+    for (int y = 0; y < Size; ++y)
+        for (int x = 0; x < Size; ++x) {
+            const QRgb p = axial.pixel(x, y) & 0x00ffffffu;
+            if (f.axial(x, y) <= 800)
+                outside += p != 0 ? 1 : 0;
+            else
+                insideLit += p != 0 ? 1 : 0;
+        }
+    EXPECT_EQ(outside, 0);
+    EXPECT_GT(insideLit, 0);
+    // A change of the region's mask shows.
+    const int count = view.getRecomputeCount();
+    ASSERT_TRUE(roi->setMask(std::vector<std::uint8_t>(std::size_t(voxels), 0)));
+    settle(view);
+    EXPECT_EQ(view.getRecomputeCount(), count + 1);
+    EXPECT_EQ(nonBlack(view.getSliceImage(OXWSliceView::Axial)), 0);
+}
