@@ -80,6 +80,12 @@ bool OXWPainter::drawHistogram(const QRect& rect, const OXMObject* result, const
     if (!array)
         return false;
     const int n = array->getArraySize();
+    // The value range counts bins from 0; the array may start at another index (a histogram
+    // of data whose lowest value is not 0 starts at that value).
+    int firstIndex = 0;
+    int lastIndex = -1;
+    if (n > 0 && !array->getArrayIndexRange(firstIndex, lastIndex))
+        return false;
     // Only the bins in range are copied.
     const double x0 = std::min(valueRange.left(), valueRange.right());
     const double x1 = std::max(valueRange.left(), valueRange.right());
@@ -87,7 +93,8 @@ bool OXWPainter::drawHistogram(const QRect& rect, const OXMObject* result, const
     const int last = firstBinFrom(x1, n); // exclusive
     thread_local std::vector<float> buffer;
     buffer.resize(std::size_t(std::max(0, last - first)));
-    if (last > first && !array->getArrayItems(first, last - 1, buffer.data()))
+    if (last > first &&
+        !array->getArrayItems(firstIndex + first, firstIndex + last - 1, buffer.data()))
         return false;
     // Shift the range so that buffer[0] is bin 0.
     const QRectF shifted = valueRange.translated(-first, 0.0);

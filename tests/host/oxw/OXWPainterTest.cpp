@@ -1,5 +1,6 @@
 #include "OXWPainter.h"
 
+#include <OXMIndexedFloatArrayOP.h>
 #include <OXMObject.h>
 #include <OXMValueArrayOP.h>
 
@@ -78,6 +79,22 @@ TEST(OXWPainter, MoreBinsThanColumnsShowTheAverageOfEachColumn)
     const QImage maxima = draw(QSize(2, 10), QRect(0, 0, 2, 10), &r,
                                QRectF(QPointF(0, 0), QPointF(4, 10)), OXM::Maximum);
     EXPECT_EQ(columnHeights(maxima), (std::vector<int>{4, 10}));
+}
+
+TEST(OXWPainter, AHistogramStartingAtAnotherIndexIsReadFromItsFirstBin)
+{
+    // A histogram of data whose values run from 1000 to 1003: the array's indices are the grey
+    // values, the value range counts bins from 0.
+    OXMObject result;
+    OXMIndexedFloatArrayOP histogram;
+    result.addProperty(OXM::Histogram, &histogram);
+    const float bins[] = {2.0f, 4.0f, 6.0f, 10.0f};
+    ASSERT_TRUE(histogram.initArray(1000, 1003, bins));
+    bool ok = false;
+    const QImage image = draw(QSize(2, 10), QRect(0, 0, 2, 10), &result,
+                              QRectF(QPointF(0, 0), QPointF(4, 10)), OXWPainter::Average(), &ok);
+    EXPECT_TRUE(ok);
+    EXPECT_EQ(columnHeights(image), (std::vector<int>{3, 8}));
 }
 
 TEST(OXWPainter, BinsOutsideTheValueRangeAreNotDrawn)
