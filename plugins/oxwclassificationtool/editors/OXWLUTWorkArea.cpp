@@ -1187,44 +1187,36 @@ void OXWLUTWorkArea::deletePoint()
     emit objectOpacityChanged();
 }
 
-void OXWLUTWorkArea::deleteIntervalLeft()
+// Splits or deletes the current interval at the press position; the list changes whatever
+// the model answered, so the signal goes out in every case.
+void OXWLUTWorkArea::changeIntervalList(bool (OXWLUTObjectInfo::*operation)(float, bool), bool flag)
 {
     if (!mCurrentInterval || !mObjectInfo) {
         return;
     }
-    mObjectInfo->deleteInterval(pressPosition(), true);
+    (mObjectInfo->*operation)(pressPosition(), flag);
     forgetCurrentInterval();
     emit objectInfoChanged();
+}
+
+void OXWLUTWorkArea::deleteIntervalLeft()
+{
+    changeIntervalList(&OXWLUTObjectInfo::deleteInterval, true);
 }
 
 void OXWLUTWorkArea::deleteIntervalRight()
 {
-    if (!mCurrentInterval || !mObjectInfo) {
-        return;
-    }
-    mObjectInfo->deleteInterval(pressPosition(), false);
-    forgetCurrentInterval();
-    emit objectInfoChanged();
+    changeIntervalList(&OXWLUTObjectInfo::deleteInterval, false);
 }
 
 void OXWLUTWorkArea::newIntervalLeft()
 {
-    if (!mCurrentInterval || !mObjectInfo) {
-        return;
-    }
-    mObjectInfo->newInterval(pressPosition(), true);
-    forgetCurrentInterval();
-    emit objectInfoChanged();
+    changeIntervalList(&OXWLUTObjectInfo::newInterval, true);
 }
 
 void OXWLUTWorkArea::newIntervalRight()
 {
-    if (!mCurrentInterval || !mObjectInfo) {
-        return;
-    }
-    mObjectInfo->newInterval(pressPosition(), false);
-    forgetCurrentInterval();
-    emit objectInfoChanged();
+    changeIntervalList(&OXWLUTObjectInfo::newInterval, false);
 }
 
 void OXWLUTWorkArea::newIntervalClipboard() {}
