@@ -130,3 +130,15 @@ OXMenum OXMHistogram::calculate(OXMTaskInfo& task)
     task.setProgress(1.0f);
     return OXM::NoError;
 }
+
+OXMHistogram* OXMHistogram::findInList(const OXMSceneObject& owner, OXMenum inputChannel)
+{
+    for (const OXMObjectLink& l : owner.getLinks(OXM::HistogramList)) {
+        auto* h = dynamic_cast<OXMHistogram*>(l.getLink());
+        OXMenum channel;
+        if (h && h->getTransferSpec() &&
+            h->getTransferSpec()->getValue(OXM::InputChannel, channel) && channel == inputChannel)
+            return h;
+    }
+    return nullptr;
+}

@@ -30,6 +30,10 @@ public:
     OXMHistogram& operator=(const OXMHistogram& other);
 
     OXMSampleTransferSpec* getTransferSpec() const;
+
+    // The first histogram of owner's OXM::HistogramList whose transfer spec reads the input
+    // channel; null if none does.
+    static OXMHistogram* findInList(const OXMSceneObject& owner, OXMenum inputChannel);
     OXMHistogramResult* getResult() const;
     // Workers of a calculation (default 2).
     void setThreadCount(int threads) { mThreads = threads; }

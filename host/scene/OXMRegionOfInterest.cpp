@@ -79,14 +79,7 @@ OXMSampleMaterial* OXMRegionOfInterest::getMaterial() const
 
 OXMHistogram* OXMRegionOfInterest::getHistogram(OXMenum inputChannel) const
 {
-    for (const OXMObjectLink& l : getLinks(OXM::HistogramList)) {
-        auto* h = dynamic_cast<OXMHistogram*>(l.getLink());
-        OXMenum channel;
-        if (h && h->getTransferSpec() &&
-            h->getTransferSpec()->getValue(OXM::InputChannel, channel) && channel == inputChannel)
-            return h;
-    }
-    return nullptr;
+    return OXMHistogram::findInList(*this, inputChannel);
 }
 
 bool OXMRegionOfInterest::setMask(std::vector<std::uint8_t> mask)

@@ -81,14 +81,7 @@ OXMSampleMaterial* OXMVolumeRenderObject::getMaterial() const
 
 OXMHistogram* OXMVolumeRenderObject::getHistogram(OXMenum inputChannel) const
 {
-    for (const OXMObjectLink& l : getLinks(OXM::HistogramList)) {
-        auto* h = dynamic_cast<OXMHistogram*>(l.getLink());
-        OXMenum channel;
-        if (h && h->getTransferSpec() &&
-            h->getTransferSpec()->getValue(OXM::InputChannel, channel) && channel == inputChannel)
-            return h;
-    }
-    return nullptr;
+    return OXMHistogram::findInList(*this, inputChannel);
 }
 
 OXMObject* OXMVolumeRenderObject::getRenderPlugin() const
