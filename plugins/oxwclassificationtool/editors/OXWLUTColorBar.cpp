@@ -559,7 +559,9 @@ void OXWLUTColorBar::hitTest(const QPoint& point)
     }
 }
 
-void OXWLUTColorBar::dragHandle(const QPoint& point)
+// Moves the current handle (or segment) of all three colour channels to the mouse position,
+// each keeping its own value; stops at the first channel that does not change.
+void OXWLUTColorBar::dragAcrossChannels(const QPoint& point, Move move)
 {
     OXWLUTIntervalInfo* interval = currentInterval();
     if (!interval || mCurrentHandle < 0) {
@@ -572,7 +574,7 @@ void OXWLUTColorBar::dragHandle(const QPoint& point)
             return;
         }
         const float value = interval->handles(channel)[mCurrentHandle].y;
-        if (!interval->moveHandle(channel, mCurrentHandle, position, value)) {
+        if (!(interval->*move)(channel, mCurrentHandle, position, value)) {
             return;
         }
     }
@@ -580,25 +582,14 @@ void OXWLUTColorBar::dragHandle(const QPoint& point)
     redraw();
 }
 
+void OXWLUTColorBar::dragHandle(const QPoint& point)
+{
+    dragAcrossChannels(point, &OXWLUTIntervalInfo::moveHandle);
+}
+
 void OXWLUTColorBar::dragSegment(const QPoint& point)
 {
-    OXWLUTIntervalInfo* interval = currentInterval();
-    if (!interval || mCurrentHandle < 0) {
-        return;
-    }
-    const float position =
-        positionFromColumn(point.x()) - positionFromColumn(mPressPosition.x()) + mDragReference;
-    for (int channel : kColourChannels) {
-        if (!interval->isHandleIndexValid(channel, mCurrentHandle)) {
-            return;
-        }
-        const float value = interval->handles(channel)[mCurrentHandle].y;
-        if (!interval->moveSegment(channel, mCurrentHandle, position, value)) {
-            return;
-        }
-    }
-    emit objectColorChanged();
-    redraw();
+    dragAcrossChannels(point, &OXWLUTIntervalInfo::moveSegment);
 }
 
 // --- Mouse ------------------------------------------------------------------------------------

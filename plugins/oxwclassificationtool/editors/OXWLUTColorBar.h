@@ -181,6 +181,8 @@ protected:
     void hitTest(const QPoint& point);
     void dragHandle(const QPoint& point);
     void dragSegment(const QPoint& point);
+    using Move = bool (OXWLUTIntervalInfo::*)(int channel, int k, float x, float y);
+    void dragAcrossChannels(const QPoint& point, Move move);
 
     // The box of a value text written at a handle column: starts at the column, or ends there
     // when the text would reach the right edge of the pixmap.

@@ -353,30 +353,28 @@ void OXWLUTWorkArea::forgetCurrentInterval()
 
 // --- vertical zoom
 
-void OXWLUTWorkArea::verticalZoomIn()
+// Shows 1/factor of the current opacity range from its bottom and multiplies the zoom factor.
+void OXWLUTWorkArea::scaleVerticalZoom(float factor)
 {
     if (!mObjectInfo) {
         return;
     }
     const float from = mObjectInfo->visibleOpacityFrom();
     const float to = mObjectInfo->visibleOpacityTo();
-    mObjectInfo->setVisibleOpacityRange(from, from + (to - from) * 0.5f);
-    mObjectInfo->setVerticalZoom(mObjectInfo->verticalZoom() * 2.0f);
+    mObjectInfo->setVisibleOpacityRange(from, from + (to - from) / factor);
+    mObjectInfo->setVerticalZoom(mObjectInfo->verticalZoom() * factor);
     emit verticalZoomChanged();
     repaintAll();
 }
 
+void OXWLUTWorkArea::verticalZoomIn()
+{
+    scaleVerticalZoom(2.0f);
+}
+
 void OXWLUTWorkArea::verticalZoomOut()
 {
-    if (!mObjectInfo) {
-        return;
-    }
-    const float from = mObjectInfo->visibleOpacityFrom();
-    const float to = mObjectInfo->visibleOpacityTo();
-    mObjectInfo->setVisibleOpacityRange(from, from + (to - from) * 2.0f);
-    mObjectInfo->setVerticalZoom(mObjectInfo->verticalZoom() * 0.5f);
-    emit verticalZoomChanged();
-    repaintAll();
+    scaleVerticalZoom(0.5f);
 }
 
 void OXWLUTWorkArea::verticalZoomReset()

@@ -181,6 +181,7 @@ private:
     void beginEditIntervalName();
     QRect nameEditGeometry(int height) const;
     void forgetCurrentInterval();
+    void scaleVerticalZoom(float factor);
     void changeIntervalList(bool (OXWLUTObjectInfo::*operation)(float, bool), bool flag);
     void repaintAll();
     // The press position as a model position and height.
