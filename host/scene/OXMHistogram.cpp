@@ -103,6 +103,10 @@ OXMenum OXMHistogram::calculate(OXMTaskInfo& task)
     Source s;
     if (!findSource(s))
         return OXM::MissingAFObject;
+    // A result that is up to date is kept: re-reading a classification asks for a
+    // calculation every time, and only changed data costs a pass over the voxels.
+    if (!needsCalculation())
+        return OXM::NoError; // nothing ran, nothing to report
     OXMHistogramResult* result = getResult();
     if (!result)
         return OXM::MissingAFObject;
