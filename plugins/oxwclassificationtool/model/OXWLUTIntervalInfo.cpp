@@ -510,6 +510,11 @@ bool OXWLUTIntervalInfo::moveSegment(int channel, int k, float x, float y)
 
 bool OXWLUTIntervalInfo::insertHandle(int channel, float x, float y)
 {
+    return insertHandle(channel, x, y, true);
+}
+
+bool OXWLUTIntervalInfo::insertHandle(int channel, float x, float y, bool commit)
+{
     if (!isUsable(channel)) {
         return false;
     }
@@ -527,10 +532,25 @@ bool OXWLUTIntervalInfo::insertHandle(int channel, float x, float y)
     if (t <= fitted.front().x) {
         fitted.front().y = y;
     } else {
-        size_t k = fitted.size() - 1;
-        while (k >= 1 && !(fitted[k - 1].x <= t && t < fitted[k].x)) {
-            --k;
+        // The segment [k - 1, k] that holds t; the handles ascend, so the first handle right
+        // of t closes it. None: t is at or right of the last handle.
+        const size_t n = fitted.size();
+        const auto closes = [&fitted, t](size_t i) {
+            return fitted[i - 1].x <= t && t < fitted[i].x;
+        };
+        size_t k = mSearchHint[channel - 1];
+        if (!(k >= 1 && k < n && closes(k))) {
+            if (k >= 1 && k + 1 < n && closes(k + 1)) {
+                ++k;
+            } else {
+                const auto right =
+                    std::upper_bound(fitted.begin() + 1, fitted.end(), t,
+                                     [](float v, const Handle& h) { return v < h.x; });
+                k = right == fitted.end() ? 0 : size_t(right - fitted.begin());
+            }
         }
+        // The next of a series of ascending positions closes the segment after this one.
+        mSearchHint[channel - 1] = k + 1;
         if (k == 0) {
             fitted.back().y = y; // at or right of the last handle
         } else if (t < fitted[k - 1].x + halfCell) {
@@ -541,8 +561,31 @@ bool OXWLUTIntervalInfo::insertHandle(int channel, float x, float y)
             fitted[k].y = y;
         }
     }
-    commitOne(channel);
+    if (commit) {
+        commitOne(channel);
+    }
     return true;
+}
+
+bool OXWLUTIntervalInfo::hasHandleAt(int channel, float x) const
+{
+    if (!isUsable(channel)) {
+        return false;
+    }
+    const float t = localFromGlobal(clamp01(x));
+    const HandleList& fitted = mHandles[channel - 1];
+    size_t& hint = mSearchHint[channel - 1];
+    for (size_t i = hint; i < hint + 2 && i < fitted.size(); ++i) {
+        if (fitted[i].x == t) {
+            hint = i + 1;
+            return true;
+        }
+    }
+    const auto it = std::lower_bound(fitted.begin(), fitted.end(), t,
+                                     [](const Handle& h, float v) { return h.x < v; });
+    const bool found = it != fitted.end() && it->x == t;
+    hint = size_t(it - fitted.begin()) + (found ? 1 : 0);
+    return found;
 }
 
 bool OXWLUTIntervalInfo::deleteHandle(int channel, int k)

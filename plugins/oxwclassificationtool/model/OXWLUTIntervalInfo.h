@@ -5,6 +5,7 @@
 
 #include <QString>
 
+#include <cstddef>
 #include <vector>
 
 class OXWLUTObjectInfo;
@@ -82,6 +83,11 @@ public:
     bool moveHandle(int channel, int k, float x, float y);
     bool moveSegment(int channel, int k, float x, float y);
     bool insertHandle(int channel, float x, float y);
+    // The same; with commit false the reference curve is left as it is, so that a series of
+    // insertions ends with one commitChannel.
+    bool insertHandle(int channel, float x, float y, bool commit);
+    // Whether a fitted handle of the channel lies exactly at position x.
+    bool hasHandleAt(int channel, float x) const;
     bool deleteHandle(int channel, int k);
 
     static bool isValidChannel(int channel)
@@ -115,6 +121,10 @@ private:
     float mWidth = 1.0f;
     float mWidthInv = 1.0f;
     HandleList mHandles[ChannelCount];
+    // Where the last insertion or lookup of each channel ended: a series of ascending
+    // insertions (re-reading a curve) then finds its place at once. Only a guess; every use
+    // checks it against the handles first.
+    mutable std::size_t mSearchHint[ChannelCount] = {0, 0, 0, 0};
     float mBaseValue[ChannelCount] = {0.0f, 0.0f, 0.0f, 0.0f};
     HandleList mReferenceHandles[ChannelCount];
 };

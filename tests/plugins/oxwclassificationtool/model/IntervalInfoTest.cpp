@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <initializer_list>
 #include <memory>
 
@@ -567,6 +568,44 @@ TEST_F(IntervalInfo, InsertHandleOnANarrowInterval)
     EXPECT_TRUE(interval.insertHandle(kOpacity, 0.9f, 0.4f));
     EXPECT_TRUE(interval.insertHandle(kOpacity, 0.1f, 0.6f));
     expectCurveAtCells(interval, kOpacity, {{64.5, 0.6f}, {76.5, 0.5f}, {127.5, 0.4f}});
+}
+
+TEST_F(IntervalInfo, UncommittedInsertionsEndLikeCommittedOnes)
+{
+    // A series without commits, then one commit, gives the curve of the committed series: in
+    // random order, with repeats in one cell and positions outside the interval.
+    OXWLUTIntervalInfo batch(interval);
+    std::uint32_t seed = 12345u;
+    const auto next = [&seed]() {
+        seed = seed * 1664525u + 1013904223u;
+        return float(seed >> 8) / float(1u << 24);
+    };
+    for (int i = 0; i < 400; ++i) {
+        const float x = next() * 1.2f - 0.1f;
+        const float y = next();
+        ASSERT_TRUE(interval.insertHandle(kRed, x, y * 255.0f));
+        ASSERT_TRUE(batch.insertHandle(kRed, x, y * 255.0f, false));
+    }
+    EXPECT_EQ(batch.handles(kRed), interval.handles(kRed));
+    EXPECT_NE(batch.referenceHandles(kRed), batch.handles(kRed));
+    ASSERT_TRUE(batch.commitChannel(kRed));
+    EXPECT_EQ(batch.referenceHandles(kRed), interval.referenceHandles(kRed));
+}
+
+TEST_F(IntervalInfo, HasHandleAtFindsExactPositionsOnly)
+{
+    ASSERT_TRUE(interval.insertHandle(kGreen, c256(100.5), 10.0f));
+    EXPECT_TRUE(interval.hasHandleAt(kGreen, c256(100.5)));
+    EXPECT_TRUE(interval.hasHandleAt(kGreen, c256(0.5)));
+    EXPECT_TRUE(interval.hasHandleAt(kGreen, c256(255.5)));
+    EXPECT_FALSE(interval.hasHandleAt(kGreen, c256(100.6)));
+    EXPECT_FALSE(interval.hasHandleAt(kBlue, c256(100.5)));
+    // The same answer as a search with no horizontal tolerance and any value.
+    for (double cell : {0.5, 99.5, 100.5, 101.5, 255.5}) {
+        EXPECT_EQ(interval.hasHandleAt(kGreen, c256(cell)),
+                  interval.findHandle(kGreen, c256(cell), 5e-7f, 0.0f, 1000.0f) >= 0)
+            << cell;
+    }
 }
 
 TEST_F(IntervalInfoEdits, DeleteHandleRemovesOnlyInnerHandles)
