@@ -355,6 +355,13 @@ void OXWLUTColorBar::rebuildPixmap()
     if (mPixmap.isNull() || mPixmap.rect().isEmpty()) {
         return;
     }
+    // On a page that isn't shown (the window is, the bar isn't hidden itself) the picture is
+    // drawn when the page comes into view.
+    if (!isVisible() && !isHidden() && window() != this && window()->isVisible()) {
+        mPixmapStale = true;
+        return;
+    }
+    mPixmapStale = false;
     QPainter painter(&mPixmap);
     if (!mModel || !isEnabled()) {
         painter.fillRect(mPixmap.rect(), palette().color(backgroundRole()));
@@ -367,6 +374,24 @@ void OXWLUTColorBar::rebuildPixmap()
         const Colour& c = mColorTable[i];
         painter.fillRect(i, 0, 1, height, QColor(c.r, c.g, c.b));
     }
+    // Marks that fall on the column of the mark drawn just before them would paint the same
+    // pixels again; with thousands of handles most of them do.
+    int lastColumn = -1;
+    int lastGrey = -1;
+    // columnFromPosition with the axis read once.
+    const float from = mModel->visibleGreyFrom();
+    const float span = mModel->visibleGreyTo() - from;
+    const float pixels = static_cast<float>(mPixmap.width());
+    const auto columnOf = [&](float position) {
+        if (!(span > 0.0f)) {
+            return 0;
+        }
+        const float column = (position - from) * pixels / span;
+        if (!std::isfinite(column) || std::fabs(column) > 1.0e8f) {
+            return column < 0.0f ? -100000000 : 100000000;
+        }
+        return static_cast<int>(column);
+    };
     for (int i = 0; i < mModel->intervalCount(); ++i) {
         const OXWLUTIntervalInfo* interval = mModel->interval(i);
         if (!interval) {
@@ -374,16 +399,21 @@ void OXWLUTColorBar::rebuildPixmap()
         }
         const HandleList& red = interval->handles(kRed);
         for (int k = static_cast<int>(red.size()) - 1; k >= 0; --k) {
-            const int column = columnFromPosition(interval->globalFromLocal(red[k].x));
+            const int column = columnOf(interval->globalFromLocal(red[k].x));
             if (column >= 0 && column < width) {
                 const int grey = isDark(mColorTable[column]) ? 204 : 51;
-                painter.fillRect(column - 1, height - 8, 3, 5, QColor(grey, grey, grey));
+                if (column != lastColumn || grey != lastGrey) {
+                    painter.fillRect(column - 1, height - 8, 3, 5, QColor(grey, grey, grey));
+                    lastColumn = column;
+                    lastGrey = grey;
+                }
             }
         }
         const int border = columnFromPosition(interval->from());
         if (border >= 0 && border < width) {
             painter.setPen(isDark(mColorTable[border]) ? Qt::white : Qt::black);
             painter.drawLine(border, 0, border, height - 1);
+            lastColumn = -1; // the line may cover the last mark
         }
     }
     if (mHighlightStart < mHighlightEnd) {
@@ -497,6 +527,14 @@ void OXWLUTColorBar::updateAll()
         }
     }
     redraw();
+}
+
+void OXWLUTColorBar::showEvent(QShowEvent* event)
+{
+    if (mPixmapStale) {
+        rebuildPixmap();
+    }
+    QFrame::showEvent(event);
 }
 
 void OXWLUTColorBar::resizeEvent(QResizeEvent* event)

@@ -170,6 +170,7 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
     void mouseMoveEvent(QMouseEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
+    void showEvent(QShowEvent* event) override;
     void contextMenuEvent(QContextMenuEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     // Copies the pixmap to the top-left corner of the contents rectangle; nothing else.
@@ -227,5 +228,7 @@ private:
     int mDragMode = DragNone;
     bool mShowValues = false;
     OXWLUTObjectInfo* mModel = nullptr;
+    // The picture was not drawn while a hidden page (an ancestor) kept the bar out of view.
+    bool mPixmapStale = false;
     std::vector<Colour> mColorTable;
 };
