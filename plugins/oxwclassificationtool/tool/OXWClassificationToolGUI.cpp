@@ -1,0 +1,1633 @@
+#include "OXWClassificationToolGUI.h"
+
+#include "OXWClassificationToolEnums.h"
+#include "OXWLUTColorBar.h"
+#include "OXWLUTIntervalInfo.h"
+#include "OXWLUTObjectInfo.h"
+#include "OXWLUTWorkArea.h"
+#include "OXWRenderMethodTable.h"
+
+#include <OXMAction.h>
+#include <OXMError.h>
+#include <OXMLocalClassFlags.h>
+#include <OXMMetaClass.h>
+#include <OXMObject.h>
+#include <OXMRegisteredEnum.h>
+#include <OXMSingleton.h>
+#include <OXMTulvoRights.h>
+#include <OXMVector2.h>
+#include <OXWApplication.h>
+#include <OXWBlockSignalsScope.h>
+#include <OXWColorWidget.h>
+#include <OXWExportCSVUtilities.h>
+#include <OXWFileDialog.h>
+#include <OXWMainWindow.h>
+#include <OXWPresetHandler.h>
+#include <OXWSpinBox.h>
+#include <OXWTaskProgress.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+#include <QMessageBox>
+#include <QScrollBar>
+#include <QTabWidget>
+#include <QTimer>
+#include <QToolButton>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <new>
+#include <utility>
+
+namespace {
+const OXMRegisteredEnum TulvoRightsName("TulvoRights", false,
+                                        OXWClassificationToolEnums::Namespace);
+const OXMRegisteredEnum ShadingModelName("ShadingModel", false,
+                                         OXWClassificationToolEnums::Namespace);
+const OXMRegisteredEnum ShadingCountLimitName("ShadingCountLimit", false,
+                                              OXWClassificationToolEnums::Namespace);
+const OXMRegisteredEnum SurfaceInvertedName("SurfaceInverted", false,
+                                            OXWClassificationToolEnums::Namespace);
+const OXMRegisteredEnum PresetHandlerName("PresetClassificationHandler", false,
+                                          OXWClassificationToolEnums::Namespace);
+// The histogram result's grey-value range; a name of the host.
+const OXMRegisteredEnum DataRangeName("DataRange");
+
+// While set, the host treats writes to the material as its own bookkeeping.
+constexpr unsigned MaterialBookkeepingFlag = 0x10000000u;
+
+using Vector = OXMVector2<float>;
+using FloatPair = std::pair<float, float>;
+
+OXWApplication* application()
+{
+    return OXMSingleton<OXWApplication>::getInstance();
+}
+
+OXMObject* linkedObject(const OXMObject* object, OXMenum id)
+{
+    OXMObjectLink link;
+    if (!object || !object->getValue(id, link)) {
+        return nullptr;
+    }
+    return link.getLink();
+}
+
+template <typename T>
+std::vector<T> readArray(const OXMObject* object, OXMenum id)
+{
+    std::vector<T> values;
+    const auto* array =
+        object ? OXMValueArrayPropertyIF<T>::getInterface(object->getProperty(id)) : nullptr;
+    int first = 0;
+    int last = -1;
+    if (array && array->getArrayIndexRange(first, last) && last >= first) {
+        values.resize(size_t(last - first + 1));
+        if (!array->getArrayItems(first, last, values.data())) {
+            values.clear();
+        }
+    }
+    return values;
+}
+
+template <typename T>
+bool writeArray(OXMObject* object, OXMenum id, const std::vector<T>& values)
+{
+    auto* array =
+        object ? OXMValueArrayPropertyIF<T>::getInterface(object->getProperty(id)) : nullptr;
+    if (!array) {
+        return false;
+    }
+    return array->initArray(0, int(values.size()) - 1, values.data());
+}
+
+bool hasArray(const OXMObject* object, OXMenum id)
+{
+    return object && object->getProperty(id);
+}
+
+std::vector<QString> readNames(const OXMObject* object)
+{
+    std::vector<QString> names;
+    for (const char* name : readArray<const char*>(object, OXM::IntervalNameList)) {
+        names.push_back(QString::fromLocal8Bit(name));
+    }
+    return names;
+}
+
+float clampColour(float value)
+{
+    return std::min(std::max(value, 0.5f), 255.5f);
+}
+
+bool isRgbType(OXMenum type)
+{
+    return type == OXM::Rgb8 || type == OXM::Rgb16 || type == OXM::Rgba8 || type == OXM::Rgba16;
+}
+
+// The page of the colour tab widget that each channel set belongs to.
+enum ColourPage
+{
+    AmbientPage = 0,
+    DiffusePage = 1,
+    SpecularPage = 2,
+    TransparencyPage = 3
+};
+} // namespace
+
+OXWClassificationToolGUI::OXWClassificationToolGUI(QWidget* parent, const char* name)
+    : OXWClassificationToolGUIUI(parent, name),
+      mDelayedEvent(QEvent::MouseMove, QPointF(0, 0), Qt::NoButton, Qt::NoButton, Qt::NoModifier)
+{
+    for (OXMObjectIOCPtr* ptr :
+         {&mScene, &mRights, &mMaterial, &mHistogram, &mSelectedObject, &mOpacity, &mShininess,
+          &mTransparency, &mRed, &mGreen, &mBlue, &mIntensity, &mDiffuseRedLink, &mDiffuseGreenLink,
+          &mDiffuseBlueLink}) {
+        ptr->setListener(this);
+    }
+
+    // Timers first: binding below may already schedule a re-read.
+    mDelayedMouseMoveTimer = std::make_unique<QTimer>();
+    mDelayedMouseMoveTimer->setObjectName(
+        QStringLiteral("OXWWorkspaceWidget::Private::mDelayedMouseMoveTimer"));
+    mDelayedMouseMoveTimer->setSingleShot(true);
+    mUpdateObjectInfoTimer = new QTimer(this);
+    mUpdateObjectInfoTimer->setObjectName(
+        QStringLiteral("OXWClasificationToolGUI::mUpdateObjectInfoTimer"));
+    mUpdateObjectInfoTimer->setSingleShot(true);
+    mUpdateAnalyzerTimer = new QTimer(this);
+    mUpdateAnalyzerTimer->setObjectName(
+        QStringLiteral("OXWClasificationToolGUI::mUpdateAnalyzerTimer"));
+    mUpdateAnalyzerTimer->setSingleShot(true);
+
+    mRenderMethodTable.reset(new (std::nothrow) OXWRenderMethodTable);
+    if (!mRenderMethodTable) {
+        OXMError::emitError(nullptr, OXM::OutOfMemory,
+                            tr("The table of rendering methods could not be created."));
+    } else {
+        mRenderMethodTable->setListener(this);
+    }
+
+    mWorkAreaUseCalibrationButton->setIcon(OXWApplication::getMiniIconSet("object_calibrate"));
+    mWorkAreaZoomPlusButton->setIcon(OXWApplication::getMiniIconSet("view_zoom_in"));
+    mWorkAreaZoomMinusButton->setIcon(OXWApplication::getMiniIconSet("view_zoom_out"));
+
+    releaseRenderObject();
+
+    if (OXWApplication* app = application()) {
+        takeSceneAndRights();
+        const OXMObjectPath path = findSelection();
+        if (isUsableSelection(path, true)) {
+            mSelectedObject = path.getLink(-1);
+            if (bindRenderObject()) {
+                mSelectionPath = path;
+            } else {
+                releaseRenderObject();
+            }
+        }
+        iocOpen(this);
+        Q_UNUSED(app);
+    }
+
+    mTransparencySpinBox->setMaxValue(double(std::numeric_limits<float>::max()));
+    mTransparencySpinBox->setMinValue(0.0);
+
+    connect(mLUTWorkArea, &OXWLUTWorkArea::objectOpacityChanged, this,
+            &OXWClassificationToolGUI::updateOpacity);
+    connect(mLUTWorkArea, &OXWLUTWorkArea::verticalZoomChanged, this,
+            &OXWClassificationToolGUI::updateVisibleOpacityArea);
+    connect(mAmbientLUTColorBar, &OXWLUTColorBar::objectColorChanged, this,
+            &OXWClassificationToolGUI::updateColor);
+    connect(mDiffuseLUTColorBar, &OXWLUTColorBar::objectColorChanged, this,
+            &OXWClassificationToolGUI::updateColor);
+    connect(mLUTWorkArea, &OXWLUTWorkArea::objectInfoChanged, this,
+            &OXWClassificationToolGUI::updateIntervals);
+    connect(mColorManipulationTabWidget, &QTabWidget::currentChanged, this,
+            &OXWClassificationToolGUI::colorTabChanged);
+    connect(mSpecularShininessSpinBox, &OXWSpinBox::valueChanged, this,
+            &OXWClassificationToolGUI::updateShininess);
+    for (OXWSpinBox* box :
+         {mAmbientIntensitySpinBox, mDiffuseIntensitySpinBox, mSpecularIntensitySpinBox}) {
+        connect(box, &OXWSpinBox::valueChanged, this, &OXWClassificationToolGUI::updateIntensity);
+    }
+    connect(mTransparencySpinBox, &OXWSpinBox::valueChanged, this,
+            &OXWClassificationToolGUI::updateTransparency);
+    connect(mLUTWorkArea, &OXWLUTWorkArea::isosurfaceChanged, this,
+            &OXWClassificationToolGUI::updateIsosurface);
+    connect(mDiffuseSharedColortableCheckBox, &QCheckBox::toggled, this,
+            &OXWClassificationToolGUI::setDiffuseShared);
+    connect(mLUTWorkArea, &OXWLUTWorkArea::histogramSaveActivated, this,
+            &OXWClassificationToolGUI::saveHistogram);
+    connect(mLUTWorkArea, &OXWLUTWorkArea::createSegmentFromGreyvalueInterval, this,
+            &OXWClassificationToolGUI::createSegmentFromGreyvalueIntervalSlot);
+    connect(mLUTWorkArea, &OXWLUTWorkArea::extractGreyvalueInterval, this,
+            &OXWClassificationToolGUI::extractGreyvalueIntervalSlot);
+    connect(mSpecularColorWidget, &OXWColorWidget::rgbChanged, this,
+            &OXWClassificationToolGUI::updateSpecularColor);
+    connect(this, &OXWClassificationToolGUI::updateLUTWidgets, mLUTWorkArea,
+            &OXWLUTWorkArea::updateAll);
+    connect(this, &OXWClassificationToolGUI::updateLUTWidgets, mAmbientLUTColorBar,
+            &OXWLUTColorBar::updateAll);
+    connect(this, &OXWClassificationToolGUI::updateLUTWidgets, mDiffuseLUTColorBar,
+            &OXWLUTColorBar::updateAll);
+
+    connect(mWorkAreaZoomPlusButton, &QToolButton::clicked, this,
+            &OXWClassificationToolGUI::workAreaZoomPlusSlot);
+    connect(mWorkAreaZoomMinusButton, &QToolButton::clicked, this,
+            &OXWClassificationToolGUI::workAreaZoomMinusSlot);
+    connect(mWorkAreaScrollbar, &QScrollBar::valueChanged, this,
+            &OXWClassificationToolGUI::workAreaScrollSlot);
+    connect(mUpdateObjectInfoTimer, &QTimer::timeout, this,
+            &OXWClassificationToolGUI::updateObjectInfo);
+    connect(mUpdateAnalyzerTimer, &QTimer::timeout, this,
+            &OXWClassificationToolGUI::updateAnalyzer);
+    connect(mDelayedMouseMoveTimer.get(), &QTimer::timeout, this,
+            &OXWClassificationToolGUI::sendDelayedMouseMoveEvent);
+    connect(mRenderMethodComboBox, QOverload<int>::of(&QComboBox::activated), this,
+            &OXWClassificationToolGUI::renderMethodSlot);
+    connect(mOversamplingSpinBox, &OXWSpinBox::valueChanged, this,
+            &OXWClassificationToolGUI::oversamplingSlot);
+    connect(mHiddenSurfaceRemovalCheckBox, &QCheckBox::clicked, this,
+            &OXWClassificationToolGUI::renderInnerSurfacesSlot);
+    connect(mSurfaceInvertedCheckBox, &QCheckBox::clicked, this,
+            &OXWClassificationToolGUI::surfaceInvertedSlot);
+    connect(mGradientNormalizationCheckBox, &QCheckBox::clicked, this,
+            &OXWClassificationToolGUI::gradientNormalizationSlot);
+    connect(mWorkAreaUseCalibrationButton, &QToolButton::toggled, this,
+            &OXWClassificationToolGUI::volumeComponentModeSlot);
+
+    mWorkAreaToggleRenderingSettingsButton->hide();
+
+    mOversamplingSpinBox->setPrecision(1);
+    mOversamplingSpinBox->setPrecisionReference(0.5);
+    mOversamplingSpinBox->setMinValue(0.5);
+    mOversamplingSpinBox->setMaxValue(50.0);
+    mOversamplingSpinBox->setLineStep(0.5);
+    mOversamplingSpinBox->setPageStep(0.5);
+
+    updateScrollBar();
+    updateZoomButtons();
+    adjustSize();
+}
+
+OXWClassificationToolGUI::~OXWClassificationToolGUI()
+{
+    iocClose(this);
+    releaseRenderObject();
+    mLUTWorkArea->setObjectInfo(nullptr);
+    mLUTWorkArea->setRenderObject(nullptr);
+    mAmbientLUTColorBar->setModel(nullptr);
+    mDiffuseLUTColorBar->setModel(nullptr);
+    mObjectInfo.reset();
+    mDelayedMouseMoveTimer.reset();
+    mRenderMethodTable.reset();
+    // The listening pointers must not call back into a half-destroyed panel.
+    for (OXMObjectIOCPtr* ptr :
+         {&mScene, &mRights, &mMaterial, &mHistogram, &mSelectedObject, &mOpacity, &mShininess,
+          &mTransparency, &mRed, &mGreen, &mBlue, &mIntensity, &mDiffuseRedLink, &mDiffuseGreenLink,
+          &mDiffuseBlueLink}) {
+        *ptr = nullptr;
+    }
+}
+
+// --- selection and binding -------------------------------------------------------------------
+
+OXMObjectPath OXWClassificationToolGUI::findSelection()
+{
+    OXWApplication* app = application();
+    if (!app) {
+        return OXMObjectPath();
+    }
+    const std::vector<OXMObjectPath> regions =
+        readArray<OXMObjectPath>(app, OXM::RegionOfInterestSelectionList);
+    if (regions.size() == 1) {
+        return regions.front();
+    }
+    if (regions.empty()) {
+        const std::vector<OXMObjectPath> objects =
+            readArray<OXMObjectPath>(app, OXM::RenderObjectSelectionList);
+        if (objects.size() == 1) {
+            return objects.front();
+        }
+    }
+    return OXMObjectPath();
+}
+
+bool OXWClassificationToolGUI::isUsableSelection(const OXMObjectPath& path, bool volumesOnly)
+{
+    if (path.isEmpty() || !path.getLink(-1)) {
+        return false;
+    }
+    const OXMenum list = path.getPathElement(-1).getPropertyID();
+    return list == OXM::VolumeRenderObjectList ||
+           (!volumesOnly && list == OXM::RegionOfInterestList);
+}
+
+void OXWClassificationToolGUI::takeSceneAndRights()
+{
+    OXWApplication* app = application();
+    mScene = app ? linkedObject(app, OXM::Scene) : nullptr;
+    mRights = linkedObject(mScene.get(), TulvoRightsName);
+    mLUTWorkArea->setRights(dynamic_cast<OXMTulvoRights*>(mRights.get()));
+}
+
+void OXWClassificationToolGUI::followSelection()
+{
+    const OXMObjectPath path = findSelection();
+    if (isUsableSelection(path, false)) {
+        mSelectedObject = path.getLink(-1);
+        if (bindRenderObject()) {
+            if (path != mSelectionPath) {
+                mZoom = 1.0f;
+                mScroll = 0.0f;
+                updateScrollBar();
+                updateZoomButtons();
+                applyZoom();
+            }
+            mSelectionPath = path;
+        } else {
+            // The object can't be classified: the editors show their empty state instead of a
+            // classification that belongs to something else.
+            releaseRenderObject();
+            mLUTWorkArea->setObjectInfo(nullptr);
+            mAmbientLUTColorBar->setModel(nullptr);
+            mDiffuseLUTColorBar->setModel(nullptr);
+            mObjectInfo.reset();
+        }
+    } else {
+        mSelectedObject = nullptr;
+        releaseRenderObject();
+        if (mObjectInfo) {
+            mObjectInfo->resetIntervals();
+        }
+    }
+    update();
+}
+
+OXMObject* OXWClassificationToolGUI::parentOwner(OXMObject* object) const
+{
+    return object ? object->getParentLink().getOwner() : nullptr;
+}
+
+bool OXWClassificationToolGUI::bindRenderObject()
+{
+    OXMObject* selected = mSelectedObject.get();
+    mLUTWorkArea->setRenderObject(selected);
+    if (!selected) {
+        return false;
+    }
+
+    OXMObject* volume = nullptr;
+    OXMObject* roi = nullptr;
+    if (selected->isRoleActive(OXM::RegionOfInterest)) {
+        roi = selected;
+        OXMObject* owner = parentOwner(selected);
+        if (owner && owner->isRoleActive(OXM::VolumeRenderObject)) {
+            volume = owner;
+        }
+    } else {
+        volume = selected;
+    }
+    if (mRenderMethodTable) {
+        if (volume) {
+            OXMObject* plugin = linkedObject(volume, OXM::RenderPlugin);
+            OXMObject* settings = roi ? roi : volume;
+            if (plugin && plugin->isOfType("OXMOxm2RenderPlugin")) {
+                settings = OXWRenderMethodTable::findRenderSettings();
+            }
+            mRenderMethodTable->mVolume = volume;
+            mRenderMethodTable->mROI = roi;
+            mRenderMethodTable->mRenderPlugin = plugin;
+            mRenderMethodTable->mRenderSettings = settings;
+        } else {
+            mRenderMethodTable->clear();
+        }
+    }
+
+    OXMObject* material = linkedObject(selected, OXM::ApplicationSampleMaterial);
+    if (!material) {
+        return false;
+    }
+    OXMObject* grid = linkedObject(selected, OXM::SampleGrid);
+    if (!grid) {
+        grid = linkedObject(parentOwner(selected), OXM::SampleGrid);
+    }
+    if (!grid) {
+        return false;
+    }
+    mDataType = OXMTypeInfo(OXM::Unknown);
+    grid->getValue(OXM::SampleDataType, mDataType);
+
+    std::vector<OXMObjectLink> histograms = readArray<OXMObjectLink>(selected, OXM::HistogramList);
+    if (histograms.empty()) {
+        histograms = readArray<OXMObjectLink>(parentOwner(selected), OXM::HistogramList);
+    }
+    OXMObject* opacity = linkedObject(material, OXM::Opacity);
+    OXMenum inputChannel = OXM::Unknown;
+    if (opacity) {
+        opacity->getValue(OXM::InputChannel, inputChannel);
+    }
+    mInputChannel = mDataType.getChannel(inputChannel);
+    OXMObject* histogram = nullptr;
+    for (const OXMObjectLink& link : histograms) {
+        OXMObject* transfer = linkedObject(link.getLink(), OXM::SampleTransferSpec);
+        OXMenum channel = OXM::Unknown;
+        if (transfer && transfer->getValue(OXM::InputChannel, channel) && channel == inputChannel) {
+            histogram = link.getLink();
+            break;
+        }
+    }
+
+    if (OXWPresetHandler* handler = OXWPresetHandler::getPresetHandler(PresetHandlerName)) {
+        handler->setTargetObject(selected);
+        handler->setHistogramObject(histogram);
+    }
+
+    const bool histogramChanged = histogram != mHistogram.get();
+    if (histogramChanged) {
+        abortCalculation();
+        mHistogram = histogram;
+    }
+    const bool materialChanged = material != mMaterial.get();
+    if (materialChanged) {
+        mMaterial = material;
+        mOpacity = opacity;
+        mTransparency = linkedObject(material, OXM::Transparency);
+        mShininess = linkedObject(material, OXM::Shininess);
+        updateDiffuseSharedFromObject();
+        colorModeUpdate();
+    }
+
+    const bool colourEditable = !isRgbType(mDataType.getID());
+    mAmbientLUTColorBar->setEnabled(colourEditable);
+    mDiffuseLUTColorBar->setEnabled(colourEditable);
+    mSpecularColorWidget->setEnabled(colourEditable);
+    mDiffuseSharedColortableCheckBox->setEnabled(colourEditable);
+
+    if (histogramChanged || materialChanged) {
+        updateObjectInfo();
+        readMaterialSpinBoxes();
+    }
+    return true;
+}
+
+void OXWClassificationToolGUI::releaseRenderObject()
+{
+    if (OXWPresetHandler* handler = OXWPresetHandler::getPresetHandler(PresetHandlerName)) {
+        handler->setTargetObject(nullptr);
+        handler->setHistogramObject(nullptr);
+    }
+    mLUTWorkArea->setRenderObject(mSelectedObject.get());
+    mMaterial = nullptr;
+    mOpacity = nullptr;
+    mTransparency = nullptr;
+    mShininess = nullptr;
+    mRed = nullptr;
+    mGreen = nullptr;
+    mBlue = nullptr;
+    mIntensity = nullptr;
+    mDiffuseRedLink = nullptr;
+    mDiffuseGreenLink = nullptr;
+    mDiffuseBlueLink = nullptr;
+    abortCalculation();
+    mHistogram = nullptr;
+    mSelectionPath = OXMObjectPath();
+    if (mRenderMethodTable) {
+        mRenderMethodTable->clear();
+    }
+    mZoom = 1.0f;
+    mScroll = 0.0f;
+    mLUTWorkArea->setHistogramObject(nullptr);
+}
+
+void OXWClassificationToolGUI::abortCalculation()
+{
+    OXMObject* histogram = mHistogram.get();
+    OXMAction* action = histogram ? histogram->getAction(OXM::Calculate) : nullptr;
+    if (action && action->isRunning()) {
+        action->getTaskInfo()->requestAbort();
+    }
+}
+
+// --- change messages -------------------------------------------------------------------------
+
+void OXWClassificationToolGUI::iocCallback(OXMIOC::Message& message)
+{
+    OXMObject* sender = message.getInitialSender();
+    const OXMenum property = message.getPropertyID();
+    OXWApplication* app = application();
+    const auto is = [sender](const OXMObjectIOCPtr& ptr) { return sender && sender == ptr.get(); };
+    const bool fromApplication = sender && app && sender == app;
+
+    if ((fromApplication && property == OXM::Scene) ||
+        (is(mScene) && property == OXMenum(TulvoRightsName))) {
+        takeSceneAndRights();
+        update();
+    } else if (is(mRights)) {
+        update();
+    } else if ((fromApplication && (property == OXM::RegionOfInterestSelectionList ||
+                                    property == OXM::RenderObjectSelectionList)) ||
+               (is(mSelectedObject) &&
+                (property == OXM::HistogramList || property == OXM::ApplicationSampleMaterial))) {
+        followSelection();
+    } else if (is(mMaterial) &&
+               (property == OXM::IntervalIndexList || property == OXM::IntervalModeList ||
+                property == OXM::IntervalNameList || property == OXM::IsosurfaceValueList ||
+                message.getType() == OXMIOC::Dying)) {
+        if (mListening) {
+            startObjectInfoTimer();
+        }
+    } else if (is(mHistogram)) {
+        if (mListening) {
+            startAnalyzerTimer();
+        }
+        update();
+    } else if (is(mOpacity) && property == OXM::LookupTableHandleList) {
+        if (mListening) {
+            startObjectInfoTimer();
+        }
+    } else if (is(mRed) || is(mGreen) || is(mBlue) || is(mDiffuseRedLink) ||
+               is(mDiffuseGreenLink) || is(mDiffuseBlueLink)) {
+        if (mListening) {
+            updateDiffuseSharedFromObject();
+            colorModeUpdate();
+            update();
+        }
+    } else if (is(mIntensity)) {
+        if (mListening) {
+            readIntensitySpinBox();
+        }
+    } else if (is(mShininess)) {
+        if (mListening) {
+            readShininessSpinBox();
+        }
+    } else if (is(mTransparency)) {
+        if (mListening) {
+            readTransparencySpinBox();
+        }
+    } else if (mRenderMethodTable && is(mRenderMethodTable->mVolume)) {
+        if (property == OXM::RenderPlugin) {
+            OXMObject* volume = mRenderMethodTable->mVolume.get();
+            if (OXWPresetHandler* handler = OXWPresetHandler::getPresetHandler(PresetHandlerName)) {
+                handler->setTargetObject(mSelectedObject.get());
+                handler->setHistogramObject(mHistogram.get());
+            }
+            mRenderMethodTable->mRenderPlugin = linkedObject(volume, OXM::RenderPlugin);
+            colorModeUpdate();
+            readTransparencySpinBox();
+            startObjectInfoTimer();
+        } else if (property == OXM::VolumeComponentList || property == OXM::VolumeComponentMode ||
+                   property == OXM::GradientNormalization) {
+            if (mListening) {
+                startObjectInfoTimer();
+            }
+            update();
+        }
+    } else if (mRenderMethodTable &&
+               (is(mRenderMethodTable->mRenderPlugin) || is(mRenderMethodTable->mRenderSettings)) &&
+               (property == OXM::SamplingDistance || property == OXMenum(ShadingModelName) ||
+                property == OXMenum(ShadingCountLimitName) ||
+                property == OXMenum(SurfaceInvertedName))) {
+        if (mListening) {
+            startObjectInfoTimer();
+        }
+        update();
+    }
+    OXMIOC::iocCallback(message);
+}
+
+void OXWClassificationToolGUI::startObjectInfoTimer()
+{
+    if (mUpdateObjectInfoTimer && !mUpdateObjectInfoTimer->isActive()) {
+        mUpdateObjectInfoTimer->start(ObjectInfoDelay);
+    }
+}
+
+void OXWClassificationToolGUI::startAnalyzerTimer()
+{
+    if (mUpdateAnalyzerTimer && !mUpdateAnalyzerTimer->isActive()) {
+        mUpdateAnalyzerTimer->start(AnalyzerDelay);
+    }
+}
+
+// --- zoom, scroll and the delayed mouse moves ------------------------------------------------
+
+void OXWClassificationToolGUI::workAreaZoomPlusSlot()
+{
+    if (mZoom < ZoomLimit) {
+        mZoom *= ZoomStep;
+    }
+    updateScrollBar();
+    updateZoomButtons();
+    applyZoom();
+}
+
+void OXWClassificationToolGUI::workAreaZoomMinusSlot()
+{
+    if (mZoom > 1.0f) {
+        mZoom /= ZoomStep;
+    }
+    updateScrollBar();
+    updateZoomButtons();
+    applyZoom();
+}
+
+void OXWClassificationToolGUI::workAreaScrollSlot()
+{
+    mScroll = float(mWorkAreaScrollbar->value() - mWorkAreaScrollbar->minimum());
+    applyZoom();
+}
+
+void OXWClassificationToolGUI::updateScrollBar()
+{
+    OXWBlockSignalsScope block(mWorkAreaScrollbar);
+    if (mZoom <= 1.0f) {
+        mWorkAreaScrollbar->setRange(0, 0);
+        mWorkAreaScrollbar->setPageStep(100);
+        mWorkAreaScrollbar->setEnabled(false);
+    } else {
+        const int step = int(std::floor(100.0f / mZoom));
+        mWorkAreaScrollbar->setRange(0, 100 - step);
+        mWorkAreaScrollbar->setPageStep(step);
+        mWorkAreaScrollbar->setEnabled(true);
+    }
+    mWorkAreaScrollbar->setValue(int(mScroll));
+}
+
+void OXWClassificationToolGUI::updateZoomButtons()
+{
+    mWorkAreaZoomMinusButton->setEnabled(mZoom > 1.0f);
+    mWorkAreaZoomPlusButton->setEnabled(mZoom < ZoomLimit);
+}
+
+void OXWClassificationToolGUI::applyZoom()
+{
+    if (!mObjectInfo) {
+        return;
+    }
+    mObjectInfo->setVisibleGreyRange(mScroll / 100.0f, mScroll / 100.0f + 1.0f / mZoom);
+    updateVisibleOpacityArea();
+    update();
+}
+
+bool OXWClassificationToolGUI::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::MouseMove) {
+        if (!mSendingDelayedEvent) {
+            const auto* move = static_cast<QMouseEvent*>(event);
+            mDelayedEvent =
+                QMouseEvent(QEvent::MouseMove, move->localPos(), move->windowPos(),
+                            move->screenPos(), move->button(), move->buttons(), move->modifiers());
+            mDelayedEventTarget = watched;
+            mDelayedEventPending = true;
+            if (!mDelayedMouseMoveTimer->isActive()) {
+                mDelayedMouseMoveTimer->start(MouseMoveDelay);
+            }
+            return true;
+        }
+        return false;
+    }
+    if (mDelayedEventPending) {
+        sendDelayedMouseMoveEvent();
+    }
+    return OXWClassificationToolGUIUI::eventFilter(watched, event);
+}
+
+void OXWClassificationToolGUI::sendDelayedMouseMoveEvent()
+{
+    if (!mDelayedEventPending) {
+        return;
+    }
+    mDelayedEventPending = false;
+    QObject* target = mDelayedEventTarget.data();
+    if (!target) {
+        return;
+    }
+    mSendingDelayedEvent = true;
+    QMouseEvent event(mDelayedEvent);
+    QApplication::sendEvent(target, &event);
+    mSendingDelayedEvent = false;
+}
+
+// --- painting and enabling -------------------------------------------------------------------
+
+bool OXWClassificationToolGUI::isEditAllowed() const
+{
+    const auto* rights = dynamic_cast<const OXMTulvoRights*>(mRights.get());
+    return !rights || rights->getAllowClassificationEdit();
+}
+
+void OXWClassificationToolGUI::paintEvent(QPaintEvent* event)
+{
+    setEnabled(isEditAllowed());
+    const bool ok =
+        mMaterial.get() && mRenderMethodTable && mRenderMethodTable->mRenderPlugin.get();
+    for (QWidget* widget : std::initializer_list<QWidget*>{
+             mPresetGroupBox, mLUTWorkArea, mWorkAreaScrollbar, mWorkAreaZoomPlusButton,
+             mWorkAreaZoomMinusButton, mColorManipulationGroupBox, mTransparencySpinBox,
+             mRenderMethodGroupBox}) {
+        widget->setEnabled(ok);
+    }
+    if (ok) {
+        // The scroll bar and the zoom buttons follow the zoom as well.
+        updateScrollBar();
+        updateZoomButtons();
+    }
+    for (int page = 0; page < mColorManipulationTabWidget->count(); ++page) {
+        mColorManipulationTabWidget->widget(page)->setEnabled(ok);
+    }
+    OXMObject* selected = mSelectedObject.get();
+    mWorkAreaToggleRenderingSettingsButton->setEnabled(
+        selected && selected->isRoleActive(OXM::RegionOfInterest));
+    if (!ok) {
+        mWorkAreaUseCalibrationButton->setEnabled(false);
+    }
+    emit updateLUTWidgets();
+    OXWClassificationToolGUIUI::paintEvent(event);
+}
+
+void OXWClassificationToolGUI::relabelColorTabs()
+{
+    static const char* const Full[] = {QT_TR_NOOP("Ambient"), QT_TR_NOOP("Diffuse"),
+                                       QT_TR_NOOP("Specular"), QT_TR_NOOP("Transparency")};
+    static const char* const Short[] = {QT_TR_NOOP("Amb.."), QT_TR_NOOP("Diff.."),
+                                        QT_TR_NOOP("Spec.."), QT_TR_NOOP("Trans..")};
+    const int current = mColorManipulationTabWidget->currentIndex();
+    for (int page = 0; page < 4 && page < mColorManipulationTabWidget->count(); ++page) {
+        mColorManipulationTabWidget->setTabText(page,
+                                                tr(page == current ? Full[page] : Short[page]));
+    }
+}
+
+void OXWClassificationToolGUI::languageChange()
+{
+    OXWClassificationToolGUIUI::languageChange();
+    // The form labels every page in full; the panel shortens all but the current one. The
+    // form's constructor calls this before the panel exists, and then only the form's texts
+    // apply.
+    relabelColorTabs();
+}
+
+void OXWClassificationToolGUI::colorTabChanged()
+{
+    relabelColorTabs();
+    updateDiffuseSharedFromObject();
+    colorModeUpdate();
+    readMaterialSpinBoxes();
+}
+
+// --- colour sets -----------------------------------------------------------------------------
+
+OXMObject* OXWClassificationToolGUI::resolveColorChannel(OXMenum channel) const
+{
+    OXMObject* object = linkedObject(mMaterial.get(), channel);
+    // A reference chain longer than the material's channel count is a cycle.
+    for (int step = 0; object && step < 64; ++step) {
+        OXMenum mode = OXM::Unknown;
+        if (!object->getValue(OXM::MapMode, mode) || mode != OXM::Reference) {
+            return object;
+        }
+        object = linkedObject(object, OXM::Reference);
+    }
+    return nullptr;
+}
+
+void OXWClassificationToolGUI::colorModeUpdate()
+{
+    const int page = mColorManipulationTabWidget->currentIndex();
+    OXMenum red = OXM::SpecularRed;
+    OXMenum green = OXM::SpecularGreen;
+    OXMenum blue = OXM::SpecularBlue;
+    OXMenum intensity = OXM::SpecularIntensity;
+    if (page == AmbientPage) {
+        red = OXM::AmbientRed;
+        green = OXM::AmbientGreen;
+        blue = OXM::AmbientBlue;
+        intensity = OXM::AmbientIntensity;
+    } else if (page == DiffusePage) {
+        red = OXM::DiffuseRed;
+        green = OXM::DiffuseGreen;
+        blue = OXM::DiffuseBlue;
+        intensity = OXM::DiffuseIntensity;
+    }
+    mRed = resolveColorChannel(red);
+    mGreen = resolveColorChannel(green);
+    mBlue = resolveColorChannel(blue);
+    mIntensity = resolveColorChannel(intensity);
+    if (page == DiffusePage) {
+        mDiffuseRedLink = linkedObject(mMaterial.get(), OXM::DiffuseRed);
+        mDiffuseGreenLink = linkedObject(mMaterial.get(), OXM::DiffuseGreen);
+        mDiffuseBlueLink = linkedObject(mMaterial.get(), OXM::DiffuseBlue);
+    } else {
+        mDiffuseRedLink = nullptr;
+        mDiffuseGreenLink = nullptr;
+        mDiffuseBlueLink = nullptr;
+    }
+    if (page >= SpecularPage) {
+        float rgb[3] = {1.0f, 1.0f, 1.0f};
+        const OXMObjectIOCPtr* objects[3] = {&mRed, &mGreen, &mBlue};
+        for (int c = 0; c < 3; ++c) {
+            if (OXMObject* object = objects[c]->get()) {
+                if (!object->getValue(OXM::Scale, rgb[c])) {
+                    rgb[c] = 1.0f;
+                }
+            }
+        }
+        const auto component = [](float v) { return qBound(0, int(std::lround(v * 255.0f)), 255); };
+        mSpecularColorWidget->setColor(
+            QColor(component(rgb[0]), component(rgb[1]), component(rgb[2])));
+    }
+    startObjectInfoTimer();
+}
+
+void OXWClassificationToolGUI::updateDiffuseSharedFromObject()
+{
+    static const OXMenum Diffuse[3] = {OXM::DiffuseRed, OXM::DiffuseGreen, OXM::DiffuseBlue};
+    static const OXMenum Ambient[3] = {OXM::AmbientRed, OXM::AmbientGreen, OXM::AmbientBlue};
+    OXMObject* material = mMaterial.get();
+    bool shared = material != nullptr;
+    for (int c = 0; c < 3 && shared; ++c) {
+        OXMObject* diffuse = linkedObject(material, Diffuse[c]);
+        OXMenum mode = OXM::Unknown;
+        shared = diffuse && diffuse->getValue(OXM::MapMode, mode) && mode == OXM::Reference;
+    }
+    if (shared) {
+        for (int c = 0; c < 3; ++c) {
+            OXMObject* diffuse = linkedObject(material, Diffuse[c]);
+            diffuse->setValue(OXM::Reference, OXMObjectLink(linkedObject(material, Ambient[c])));
+        }
+    }
+    OXWBlockSignalsScope block(mDiffuseSharedColortableCheckBox);
+    mDiffuseSharedColortableCheckBox->setChecked(shared);
+}
+
+void OXWClassificationToolGUI::setDiffuseShared(bool shared)
+{
+    static const OXMenum Diffuse[3] = {OXM::DiffuseRed, OXM::DiffuseGreen, OXM::DiffuseBlue};
+    static const OXMenum Ambient[3] = {OXM::AmbientRed, OXM::AmbientGreen, OXM::AmbientBlue};
+    OXMObject* material = mMaterial.get();
+    if (!material) {
+        update();
+        return;
+    }
+    OXWApplication::UserActionScope action(tr("Change color settings"));
+    bool ok = true;
+    for (int c = 0; c < 3; ++c) {
+        OXMObject* diffuse = linkedObject(material, Diffuse[c]);
+        if (!diffuse) {
+            ok = false;
+            continue;
+        }
+        ok &= diffuse->setValue(OXM::Reference, OXMObjectLink(linkedObject(material, Ambient[c])));
+        ok &= diffuse->setValue(OXM::MapMode, shared ? OXM::Reference : OXM::LookupTable);
+    }
+    if (!ok) {
+        updateDiffuseSharedFromObject();
+        update();
+    }
+}
+
+// --- writing the classification --------------------------------------------------------------
+
+std::vector<OXMVector2<float>> OXWClassificationToolGUI::collectHandles(int channel,
+                                                                        float scale) const
+{
+    std::vector<Vector> list;
+    const OXWLUTObjectInfo& model = *mObjectInfo;
+    for (int i = 0; i < model.intervalCount(); ++i) {
+        const OXWLUTIntervalInfo* interval = model.interval(i);
+        for (const auto& handle : interval->handles(channel)) {
+            list.emplace_back(model.greyFromPosition(interval->globalFromLocal(handle.x)),
+                              model.opacityFromPosition(handle.y) * scale);
+        }
+    }
+    return list;
+}
+
+void OXWClassificationToolGUI::writeHandleList(OXMObject* object,
+                                               const std::vector<OXMVector2<float>>& handles,
+                                               bool& ok)
+{
+    ok &= writeArray(object, OXM::LookupTableHandleList, handles);
+    ok &= object->setValue(OXM::LookupTableHandleMode, OXM::Linear);
+}
+
+void OXWClassificationToolGUI::updateOpacity()
+{
+    OXMObject* opacity = mOpacity.get();
+    if (!mModelValid || !mObjectInfo || !opacity) {
+        return;
+    }
+    OXWApplication::UserActionScope action(tr("Change opacity"));
+    mListening = false;
+    bool ok = opacity->setValue(OXM::MapMode, OXM::LookupTable);
+    writeHandleList(opacity, collectHandles(OXWLUTIntervalInfo::OpacityChannel, 1.0f), ok);
+    mListening = true;
+    update();
+}
+
+void OXWClassificationToolGUI::updateColor()
+{
+    OXMObject* objects[3] = {mRed.get(), mGreen.get(), mBlue.get()};
+    if (!mModelValid || !mObjectInfo || !objects[0] || !objects[1] || !objects[2]) {
+        return;
+    }
+    static const int Channels[3] = {OXWLUTIntervalInfo::RedChannel,
+                                    OXWLUTIntervalInfo::GreenChannel,
+                                    OXWLUTIntervalInfo::BlueChannel};
+    OXWApplication::UserActionScope action(tr("Change color"));
+    mListening = false;
+    bool ok = true;
+    for (int c = 0; c < 3; ++c) {
+        writeHandleList(objects[c], collectHandles(Channels[c], 0.00390625f), ok);
+    }
+    mListening = true;
+    update();
+}
+
+void OXWClassificationToolGUI::updateIntervals()
+{
+    OXMObject* material = mMaterial.get();
+    if (!mModelValid || !mObjectInfo || !material) {
+        return;
+    }
+    // One undo step for the whole change of the interval set: the lists, then the curves that
+    // the change reshaped.
+    OXWApplication::UserActionScope step(tr("Change interval settings"));
+    mListening = false;
+    {
+        OXWApplication::UserActionScope action(tr("Change interval settings"));
+        const OXWLUTObjectInfo& model = *mObjectInfo;
+        std::vector<int> borders;
+        std::vector<OXMenum> modes;
+        std::vector<QByteArray> names;
+        for (int i = 0; i < model.intervalCount(); ++i) {
+            const OXWLUTIntervalInfo* interval = model.interval(i);
+            if (i == 0) {
+                borders.push_back(int(std::floor(model.greyFromPosition(interval->from()))));
+            }
+            borders.push_back(int(std::floor(model.greyFromPosition(interval->to()))));
+            modes.push_back(interval->isEnabled() ? OXM::Enabled : OXM::Disabled);
+            names.push_back(interval->name().toLocal8Bit());
+        }
+        std::vector<const char*> namePointers;
+        for (const QByteArray& name : names) {
+            namePointers.push_back(name.constData());
+        }
+        if (hasArray(material, OXM::IntervalIndexList)) {
+            writeArray(material, OXM::IntervalIndexList, borders);
+        }
+        if (hasArray(material, OXM::IntervalModeList)) {
+            writeArray(material, OXM::IntervalModeList, modes);
+        }
+        if (hasArray(material, OXM::IntervalNameList)) {
+            writeArray(material, OXM::IntervalNameList, namePointers);
+        }
+    }
+    updateOpacity();
+    updateColor();
+    mListening = true;
+}
+
+void OXWClassificationToolGUI::updateIsosurface()
+{
+    OXMObject* material = mMaterial.get();
+    if (!mModelValid || !mObjectInfo || !material) {
+        return;
+    }
+    OXWApplication::UserActionScope action(tr("Change isosurface"));
+    mListening = false;
+    const float native = mObjectInfo->calibratedFromPosition(mObjectInfo->isosurface());
+    const float value = mInputChannel ? mInputChannel->nativeToFloat(native) : native;
+    writeArray(material, OXM::IsosurfaceValueList, std::vector<float>{value});
+    mListening = true;
+    update();
+}
+
+void OXWClassificationToolGUI::updateVisibleOpacityArea()
+{
+    OXMObject* material = mMaterial.get();
+    if (!mObjectInfo || !material) {
+        return;
+    }
+    mListening = false;
+    const OXWLUTObjectInfo& model = *mObjectInfo;
+    const float w = model.greyStep() / 2.0f;
+    material->setValue(OXM::VisibleOpacityIndexRange,
+                       FloatPair(model.greyFromPosition(model.visibleGreyFrom() + w),
+                                 model.greyFromPosition(model.visibleGreyTo() - w)));
+    float top = model.opacityFromPosition(model.visibleOpacityTo());
+    if (model.verticalZoom() > 0.0f && model.verticalZoom() < 1.0f) {
+        top = 1.0f / model.verticalZoom();
+    }
+    material->setValue(OXM::VisibleOpacityValueRange,
+                       FloatPair(model.opacityFromPosition(model.visibleOpacityFrom()), top));
+    mListening = true;
+}
+
+void OXWClassificationToolGUI::updateSpecularColor(const OXMRGBf& rgb)
+{
+    OXMObject* material = mMaterial.get();
+    if (!material) {
+        return;
+    }
+    OXWApplication::UserActionScope action(tr("Change color"));
+    bool ok = writeScale(linkedObject(material, OXM::SpecularRed), rgb.r);
+    ok &= writeScale(linkedObject(material, OXM::SpecularGreen), rgb.g);
+    ok &= writeScale(linkedObject(material, OXM::SpecularBlue), rgb.b);
+    if (!ok) {
+        update();
+    }
+}
+
+bool OXWClassificationToolGUI::writeScale(OXMObject* object, float value)
+{
+    return object && object->setValue(OXM::Scale, value);
+}
+
+void OXWClassificationToolGUI::updateIntensity()
+{
+    OXWSpinBox* box = mSpecularIntensitySpinBox;
+    const int page = mColorManipulationTabWidget->currentIndex();
+    if (page == AmbientPage) {
+        box = mAmbientIntensitySpinBox;
+    } else if (page == DiffusePage) {
+        box = mDiffuseIntensitySpinBox;
+    }
+    OXWApplication::UserActionScope action(tr("Change intensity"));
+    if (!writeScale(mIntensity.get(), float(box->value() * 0.01))) {
+        readIntensitySpinBox();
+        update();
+    }
+}
+
+void OXWClassificationToolGUI::updateShininess()
+{
+    OXWApplication::UserActionScope action(tr("Change shininess"));
+    if (!writeScale(mShininess.get(), float(mSpecularShininessSpinBox->value()))) {
+        readShininessSpinBox();
+        update();
+    }
+}
+
+void OXWClassificationToolGUI::updateTransparency()
+{
+    OXWApplication* app = application();
+    const int id = app ? app->userActionBegin(tr("Set material transparency")) : 0;
+    if (!writeScale(mTransparency.get(), float(mTransparencySpinBox->value() * 0.01))) {
+        readTransparencySpinBox();
+        update();
+    }
+    if (app) {
+        app->userActionEnd(id);
+    }
+}
+
+// --- reading the material scalars ------------------------------------------------------------
+
+void OXWClassificationToolGUI::readIntensitySpinBox()
+{
+    OXWSpinBox* box = mSpecularIntensitySpinBox;
+    const int page = mColorManipulationTabWidget->currentIndex();
+    if (page == AmbientPage) {
+        box = mAmbientIntensitySpinBox;
+    } else if (page == DiffusePage) {
+        box = mDiffuseIntensitySpinBox;
+    }
+    float value = 0.0f;
+    if (OXMObject* object = mIntensity.get(); object && object->getValue(OXM::Scale, value)) {
+        OXWBlockSignalsScope block(box);
+        box->setValue(double(value) * 100.0);
+    }
+}
+
+void OXWClassificationToolGUI::readShininessSpinBox()
+{
+    float value = 0.0f;
+    if (OXMObject* object = mShininess.get(); object && object->getValue(OXM::Scale, value)) {
+        OXWBlockSignalsScope block(mSpecularShininessSpinBox);
+        mSpecularShininessSpinBox->setValue(double(value));
+    }
+}
+
+void OXWClassificationToolGUI::readTransparencySpinBox()
+{
+    float value = 0.0f;
+    if (OXMObject* object = mTransparency.get(); object && object->getValue(OXM::Scale, value)) {
+        OXWBlockSignalsScope block(mTransparencySpinBox);
+        mTransparencySpinBox->setValue(double(value) * 100.0);
+    }
+}
+
+void OXWClassificationToolGUI::readMaterialSpinBoxes()
+{
+    readIntensitySpinBox();
+    readShininessSpinBox();
+    readTransparencySpinBox();
+}
+
+// --- re-reading the classification -----------------------------------------------------------
+
+bool OXWClassificationToolGUI::hasClassificationObjects() const
+{
+    return mMaterial.get() && mHistogram.get() && mOpacity.get() && mTransparency.get() &&
+           mRed.get() && mGreen.get() && mBlue.get() && mSelectedObject.get();
+}
+
+bool OXWClassificationToolGUI::calculateHistogram()
+{
+    OXMObject* histogram = mHistogram.get();
+    OXMAction* action = histogram->getAction(OXM::Calculate);
+    if (action && action->isRunning()) {
+        startObjectInfoTimer();
+        return false;
+    }
+    OXWTaskProgress::beginStatusBarCallback();
+    const bool ok = histogram->execute(OXM::Calculate, nullptr);
+    OXWTaskProgress::endStatusBarCallback();
+    if (!ok) {
+        action = histogram->getAction(OXM::Calculate);
+        const OXMenum code = action ? action->getErrorCode() : OXMenum();
+        if (code == OXM::Running || code == OXM::Abort) {
+            startObjectInfoTimer();
+        }
+        return false;
+    }
+    return true;
+}
+
+void OXWClassificationToolGUI::updateObjectInfo()
+{
+    if (!mListening) {
+        return;
+    }
+    if (!updatesEnabled()) {
+        mUpdateObjectInfoTimer->start(ObjectInfoDelay);
+        return;
+    }
+    if (!hasClassificationObjects()) {
+        releaseRenderObject();
+        return;
+    }
+    OXMObject* material = mMaterial.get();
+    std::vector<int> borders = readArray<int>(material, OXM::IntervalIndexList);
+    std::vector<OXMenum> modes = readArray<OXMenum>(material, OXM::IntervalModeList);
+    std::vector<QString> names = readNames(material);
+
+    if (!calculateHistogram()) {
+        return;
+    }
+    if (!hasClassificationObjects()) {
+        releaseRenderObject();
+        return;
+    }
+    material = mMaterial.get();
+    const auto* values = OXMValueArrayPropertyIF<float>::getInterface([this]() -> OXMProperty* {
+        OXMObject* result = linkedObject(mHistogram.get(), OXM::Result);
+        return result ? result->getProperty(OXM::Histogram) : nullptr;
+    }());
+    int first = 0;
+    int last = -1;
+    if (!values || !values->getArrayIndexRange(first, last)) {
+        return;
+    }
+
+    if (!borders.empty() && (borders.front() + 1 != first || borders.back() != last)) {
+        OXMLocalClassFlags flags(material, 0, MaterialBookkeepingFlag);
+        material->setValue(OXM::VisibleOpacityIndexRange,
+                           FloatPair(float(first) - 0.5f, float(last) + 0.5f));
+    }
+    if (borders.empty() || modes.empty() || names.empty()) {
+        mListening = false;
+        {
+            OXMLocalClassFlags flags(material, 0, MaterialBookkeepingFlag);
+            borders = {first - 1, last};
+            modes = {OXM::Enabled};
+            names = {OXWLUTObjectInfo::tr("Interval 1")};
+            const QByteArray name = names.front().toLocal8Bit();
+            writeArray(material, OXM::IntervalIndexList, borders);
+            writeArray(material, OXM::IntervalModeList, modes);
+            writeArray(material, OXM::IntervalNameList, std::vector<const char*>{name.constData()});
+        }
+        mListening = true;
+    }
+
+    mModelValid = false;
+    mLUTWorkArea->setObjectInfo(nullptr);
+    mAmbientLUTColorBar->setModel(nullptr);
+    mDiffuseLUTColorBar->setModel(nullptr);
+    mObjectInfo.reset();
+    if (last >= first) {
+        const int count = last - first + 1;
+        double nativeMin = first;
+        double nativeMax = last;
+        int decimals = 0;
+        if (mInputChannel) {
+            nativeMin = mInputChannel->intToNative(first);
+            nativeMax = mInputChannel->intToNative(last);
+            if (mInputChannel->isInteger()) {
+                nativeMin -= 0.5;
+                nativeMax += 0.5;
+            } else {
+                const double half = (nativeMax - nativeMin) / double(last - first) / 2.0;
+                nativeMin -= half;
+                nativeMax += half;
+                decimals = 5;
+            }
+        }
+        mObjectInfo =
+            std::make_unique<OXWLUTObjectInfo>(float(first) - 0.5f, float(last) + 0.5f, 0.0f, 1.0f,
+                                               count, float(nativeMin), float(nativeMax));
+        mObjectInfo->setValueDecimals(decimals);
+        mObjectInfo->setOpacityDecimals(4);
+    }
+    mLUTWorkArea->setObjectInfo(mObjectInfo.get());
+    mAmbientLUTColorBar->setModel(mObjectInfo.get());
+    mDiffuseLUTColorBar->setModel(mObjectInfo.get());
+    ++mObjectInfoReadCount;
+
+    OXMObject* selected = mSelectedObject.get();
+    if (mObjectInfo) {
+        OXMObject* plugin = linkedObject(selected, OXM::RenderPlugin);
+        if (!plugin) {
+            plugin = linkedObject(parentOwner(selected), OXM::RenderPlugin);
+        }
+        const OXMMetaClass* meta = plugin ? plugin->getMetaClass() : nullptr;
+        mLUTWorkArea->setIsosurfaceShown(meta &&
+                                         QByteArray(meta->getClassName()).contains("Isosurface"));
+
+        std::vector<OXMObjectLink> components =
+            readArray<OXMObjectLink>(selected, OXM::VolumeComponentList);
+        if (components.empty()) {
+            components = readArray<OXMObjectLink>(parentOwner(selected), OXM::VolumeComponentList);
+        }
+        OXMenum componentMode = OXM::Unknown;
+        selected->getValue(OXM::VolumeComponentMode, componentMode);
+        if (componentMode == OXM::Unknown) {
+            if (OXMObject* owner = parentOwner(selected)) {
+                owner->getValue(OXM::VolumeComponentMode, componentMode);
+            }
+        }
+        mLUTWorkArea->setIsosurfaceActive(
+            !(components.size() >= 2 && componentMode != OXM::Disabled));
+
+        const std::vector<float> iso = readArray<float>(material, OXM::IsosurfaceValueList);
+        if (!iso.empty()) {
+            const double native =
+                mInputChannel ? mInputChannel->floatToNative(double(iso.front())) : iso.front();
+            mObjectInfo->setIsosurface(mObjectInfo->positionFromCalibrated(float(native)));
+        }
+    }
+    mLUTWorkArea->setHistogramObject(mHistogram.get());
+
+    if (mObjectInfo) {
+        buildIntervals(borders, modes, names, first, last);
+        readHandles();
+
+        FloatPair greyRange(0.0f, 0.0f);
+        FloatPair opacityRange(0.0f, 1.0f);
+        material->getValue(OXM::VisibleOpacityIndexRange, greyRange);
+        material->getValue(OXM::VisibleOpacityValueRange, opacityRange);
+        if (greyRange.first < greyRange.second) {
+            OXWLUTObjectInfo& model = *mObjectInfo;
+            const float tA = model.snapDownToCell(model.positionFromGrey(greyRange.first));
+            const float tB = model.snapUpToCell(model.positionFromGrey(greyRange.second));
+            const float oA = model.positionFromOpacity(opacityRange.first);
+            const float oB = model.positionFromOpacity(opacityRange.second);
+            model.setVisibleGreyRange(tA, tB);
+            model.setVisibleOpacityRange(oA, oB);
+            if (oB > oA) {
+                model.setVerticalZoom(1.0f / (oB - oA));
+            }
+            if (tB > tA) {
+                mZoom = 1.0f / (tB - tA);
+            }
+            mScroll = std::floor(tA * 100.0f + 0.5f);
+        }
+    }
+    readRenderingControls();
+
+    updateScrollBar();
+    updateZoomButtons();
+    applyZoom();
+    mModelValid = true;
+    update();
+}
+
+void OXWClassificationToolGUI::buildIntervals(const std::vector<int>& borders,
+                                              const std::vector<OXMenum>& modes,
+                                              const std::vector<QString>& names, int first,
+                                              int last)
+{
+    OXWLUTObjectInfo& model = *mObjectInfo;
+    for (size_t i = 1; i + 1 < borders.size(); ++i) {
+        const int border = borders[i];
+        if (first <= border && border < last) {
+            model.newInterval(model.positionFromGrey(float(border) + 0.5f), true);
+        }
+    }
+    for (size_t i = 0; i < modes.size(); ++i) {
+        OXWLUTIntervalInfo* interval = model.interval(int(i));
+        if (!interval) {
+            continue;
+        }
+        if (i < names.size()) {
+            interval->setName(names[i]);
+        }
+        interval->setEnabled(modes[i] == OXM::Enabled);
+    }
+}
+
+namespace {
+// The interval that holds position x: the first whose range contains it. The intervals tile
+// the axis in ascending order, so the search starts at the hint (the interval of the previous
+// position) and falls back to a binary search.
+OXWLUTIntervalInfo* intervalFor(const OXWLUTObjectInfo& model, float x, int& hint)
+{
+    const int count = model.intervalCount();
+    if (hint >= 0 && hint < count) {
+        const OXWLUTIntervalInfo* at = model.interval(hint);
+        const OXWLUTIntervalInfo* before = hint > 0 ? model.interval(hint - 1) : nullptr;
+        if (at->from() <= x && x <= at->to() && !(before && x <= before->to())) {
+            return model.interval(hint);
+        }
+    }
+    int lo = 0;
+    int hi = count;
+    while (lo < hi) {
+        const int mid = (lo + hi) / 2;
+        if (model.interval(mid)->to() < x) {
+            lo = mid + 1;
+        } else {
+            hi = mid;
+        }
+    }
+    if (lo < count && model.interval(lo)->from() <= x && x <= model.interval(lo)->to()) {
+        hint = lo;
+        return model.interval(lo);
+    }
+    return model.intervalAt(x);
+}
+} // namespace
+
+void OXWClassificationToolGUI::readHandles()
+{
+    OXWLUTObjectInfo& model = *mObjectInfo;
+    using Info = OXWLUTIntervalInfo;
+    struct ChannelSource
+    {
+        OXMObject* object;
+        int channel;
+        bool colour;
+    };
+    const ChannelSource sources[4] = {{mOpacity.get(), Info::OpacityChannel, false},
+                                      {mRed.get(), Info::RedChannel, true},
+                                      {mGreen.get(), Info::GreenChannel, true},
+                                      {mBlue.get(), Info::BlueChannel, true}};
+    std::vector<Vector> lists[4];
+    for (int s = 0; s < 4; ++s) {
+        lists[s] = readArray<Vector>(sources[s].object, OXM::LookupTableHandleList);
+    }
+    const auto value = [&model](const ChannelSource& source, float y) {
+        return source.colour ? clampColour(y * 256.0f) : model.positionFromOpacity(y);
+    };
+
+    // First pass: every host handle lands in the interval that holds its cell centre. A red
+    // handle also puts zeros into green and blue; green and blue handles put zeros only where
+    // the other colour channels have no handle yet. Commits wait for the end (insertHandle
+    // works on the fitted curve alone), which keeps the pass linear.
+    for (int s = 0; s < 4; ++s) {
+        const ChannelSource& source = sources[s];
+        const std::vector<Vector>& list = lists[s];
+        if (list.size() <= 1) {
+            continue;
+        }
+        int hint = 0;
+        for (const Vector& handle : list) {
+            const float p = model.snapToCellCentre(model.positionFromGrey(handle.x));
+            Info* interval = intervalFor(model, p, hint);
+            if (!interval) {
+                continue;
+            }
+            interval->insertHandle(source.channel, p, value(source, handle.y), false);
+            if (source.channel == Info::RedChannel) {
+                interval->insertHandle(Info::GreenChannel, p, 0.0f, false);
+                interval->insertHandle(Info::BlueChannel, p, 0.0f, false);
+            } else if (source.colour) {
+                for (int other : {Info::RedChannel, Info::GreenChannel, Info::BlueChannel}) {
+                    if (other != source.channel && !interval->hasHandleAt(other, p)) {
+                        interval->insertHandle(other, p, 0.0f, false);
+                    }
+                }
+            }
+        }
+    }
+
+    // Second pass: both ends of every interval follow the host's curve.
+    const float half = model.greyStep() / 2.0f;
+    for (int s = 0; s < 4; ++s) {
+        const ChannelSource& source = sources[s];
+        const std::vector<Vector>& list = lists[s];
+        if (list.size() < 2) {
+            continue;
+        }
+        std::vector<float> positions(list.size());
+        bool ascending = true;
+        for (size_t j = 0; j < list.size(); ++j) {
+            positions[j] = model.positionFromGrey(list[j].x);
+            ascending = ascending && (j == 0 || positions[j - 1] <= positions[j]);
+        }
+        const auto insertAt = [&](Info* interval, float position) {
+            size_t j = 0;
+            size_t end = list.size() - 1;
+            if (ascending) {
+                // Pairs with x0' <= position <= x1' lie between the first x1' >= position
+                // and the last x0' <= position.
+                const auto firstRight =
+                    std::lower_bound(positions.begin() + 1, positions.end(), position);
+                j = size_t(firstRight - positions.begin()) - 1;
+                const auto lastLeft =
+                    std::upper_bound(positions.begin(), positions.end() - 1, position);
+                end = size_t(lastLeft - positions.begin());
+            }
+            for (; j < end; ++j) {
+                const float x0 = positions[j];
+                const float x1 = positions[j + 1];
+                if (!(x0 <= position && position <= x1)) {
+                    continue;
+                }
+                float y0 = list[j].y;
+                float y1 = list[j + 1].y;
+                if (!source.colour) {
+                    y0 = model.positionFromOpacity(y0);
+                    y1 = model.positionFromOpacity(y1);
+                }
+                float y = x0 >= x1 ? y0 : y0 + (position - x0) / (x1 - x0) * (y1 - y0);
+                if (source.colour) {
+                    y = clampColour(y * 256.0f);
+                }
+                interval->insertHandle(source.channel, position, y, false);
+            }
+        };
+        for (int i = 0; i < model.intervalCount(); ++i) {
+            Info* interval = model.interval(i);
+            insertAt(interval, model.snapToCellCentre(interval->from() + half));
+            insertAt(interval, model.snapToCellCentre(interval->to() - half));
+        }
+    }
+
+    for (int i = 0; i < model.intervalCount(); ++i) {
+        model.interval(i)->commitChannel(OXWLUTIntervalInfo::AllChannels);
+    }
+}
+
+// --- rendering controls ----------------------------------------------------------------------
+
+void OXWClassificationToolGUI::readRenderingControls()
+{
+    if (!mRenderMethodTable) {
+        return;
+    }
+    OXWRenderMethodTable& table = *mRenderMethodTable;
+    OXMObject* volume = table.mVolume.get();
+    OXMObject* plugin = table.mRenderPlugin.get();
+    OXMObject* settings = table.mRenderSettings.get();
+
+    if (plugin && settings) {
+        float distance = 1.0f;
+        if (plugin->getValue(OXM::SamplingDistance, distance) ||
+            settings->getValue(OXM::SamplingDistance, distance)) {
+            mOversamplingSpinBox->setEnabled(true);
+            OXWBlockSignalsScope block(mOversamplingSpinBox);
+            if (distance > 0.0f) {
+                mOversamplingSpinBox->setValue(1.0 / double(distance));
+            }
+        }
+    } else {
+        mOversamplingSpinBox->setEnabled(false);
+    }
+
+    OXMenum shading = OXM::Unknown;
+    if (plugin && settings && !plugin->getValue(OXMenum(ShadingModelName), shading)) {
+        settings->getValue(OXM::RenderingMode, shading);
+    }
+    if (plugin) {
+        mRenderMethodGroupBox->setEnabled(true);
+        const OXMMetaClass* meta = plugin->getMetaClass();
+        table.fillComboBox(
+            mRenderMethodComboBox,
+            table.displayNameFor(QString::fromLatin1(meta ? meta->getClassName() : ""), shading));
+    } else {
+        mRenderMethodComboBox->clear();
+        mRenderMethodComboBox->addItem(tr("--"));
+        mRenderMethodGroupBox->setEnabled(false);
+    }
+
+    const bool isosurface = plugin && plugin->isOfType("OXMRaytracing::Isosurface::RenderPlugin");
+    OXWBlockSignalsScope blockHidden(mHiddenSurfaceRemovalCheckBox);
+    OXWBlockSignalsScope blockInverted(mSurfaceInvertedCheckBox);
+    OXWBlockSignalsScope blockGradient(mGradientNormalizationCheckBox);
+    OXWBlockSignalsScope blockCalibration(mWorkAreaUseCalibrationButton);
+    if (isosurface && settings) {
+        OXMenum inverted = OXM::False;
+        int limit = 0;
+        settings->getValue(OXMenum(SurfaceInvertedName), inverted);
+        settings->getValue(OXMenum(ShadingCountLimitName), limit);
+        mSurfaceInvertedCheckBox->setChecked(inverted == OXM::True);
+        mHiddenSurfaceRemovalCheckBox->setChecked(limit == 1);
+        mSurfaceInvertedCheckBox->setEnabled(true);
+        mHiddenSurfaceRemovalCheckBox->setEnabled(true);
+    } else {
+        mSurfaceInvertedCheckBox->setChecked(false);
+        mHiddenSurfaceRemovalCheckBox->setChecked(false);
+        mSurfaceInvertedCheckBox->setEnabled(false);
+        mHiddenSurfaceRemovalCheckBox->setEnabled(false);
+    }
+    if (shading == OXM::Phong && volume) {
+        OXMenum normalization = OXM::False;
+        const bool has = volume->getValue(OXM::GradientNormalization, normalization);
+        mGradientNormalizationCheckBox->setChecked(normalization == OXM::True);
+        mGradientNormalizationCheckBox->setEnabled(has);
+    } else {
+        mGradientNormalizationCheckBox->setChecked(false);
+        mGradientNormalizationCheckBox->setEnabled(false);
+    }
+    OXMenum mode = OXM::Unknown;
+    if (isosurface && volume &&
+        readArray<OXMObjectLink>(volume, OXM::VolumeComponentList).size() >= 2 &&
+        volume->getValue(OXM::VolumeComponentMode, mode)) {
+        mWorkAreaUseCalibrationButton->setIcon(OXWApplication::getMiniIconSet(
+            mode == OXM::True ? "object_calibrate" : "object_uncalibrate"));
+        mWorkAreaUseCalibrationButton->setChecked(mode == OXM::True);
+        mWorkAreaUseCalibrationButton->setEnabled(true);
+    } else {
+        mWorkAreaUseCalibrationButton->setChecked(false);
+        mWorkAreaUseCalibrationButton->setEnabled(false);
+    }
+}
+
+// --- histogram -------------------------------------------------------------------------------
+
+void OXWClassificationToolGUI::updateAnalyzer()
+{
+    OXMObject* histogram = mHistogram.get();
+    if (!histogram) {
+        return;
+    }
+    OXMenum code(-1);
+    const bool needed = histogram->checkExecute(OXM::Calculate, nullptr, &code);
+    if (!needed || code == OXM::NoError) {
+        updateObjectInfo();
+    }
+}
+
+void OXWClassificationToolGUI::saveHistogram()
+{
+    if (!mInputChannel) {
+        return;
+    }
+    const QStringList filters{tr("CSV files") + QStringLiteral(" (*.csv *.CSV)")};
+    const QString start = OXWApplication::parsePath(QStringLiteral("${USER_DOCUMENTS}"));
+    const QString fileName =
+        OXWFileDialog::getSaveFileName(OXM::Scene, start, filters, OXWMainWindow::getInstance(),
+                                       nullptr, tr("Save csv as..."), nullptr, true, true);
+    // A cancelled dialog is the user changing their mind, not a failure to report.
+    if (fileName.isEmpty()) {
+        return;
+    }
+    OXMObject* result = linkedObject(mHistogram.get(), OXM::Result);
+    const std::vector<float> counts = readArray<float>(result, OXM::Histogram);
+    FloatPair range(0.0f, 0.0f);
+    if (result) {
+        result->getValue(OXMenum(DataRangeName), range);
+    }
+    const double lo = mInputChannel->floatToNative(double(range.first));
+    const double hi = mInputChannel->floatToNative(double(range.second));
+    const size_t n = counts.size();
+    const double step = n > 1 ? (hi - lo) / double(n - 1) : 0.0;
+    std::vector<Vector> points;
+    points.reserve(n);
+    for (size_t i = 0; i < n; ++i) {
+        points.emplace_back(float(lo + double(i) * step), counts[i]);
+    }
+    if (!OXWExportCSVUtilities::exportPointsAsCSV(fileName, points.data(), int(points.size()))) {
+        QMessageBox::warning(OXWMainWindow::getInstance(), tr("Save Histogram"),
+                             tr("Unable to save %1").arg(fileName), QMessageBox::Ok);
+    }
+}
+
+// --- slots of the rendering controls and the interval extraction -----------------------------
+// The rendering method and the extraction of grey-value intervals come with their own
+// changes; until then the controls only show the host's state.
+
+void OXWClassificationToolGUI::createSegmentFromGreyvalueIntervalSlot(int) {}
+void OXWClassificationToolGUI::extractGreyvalueIntervalSlot(int) {}
+void OXWClassificationToolGUI::renderMethodSlot() {}
+void OXWClassificationToolGUI::oversamplingSlot() {}
+void OXWClassificationToolGUI::renderInnerSurfacesSlot() {}
+void OXWClassificationToolGUI::surfaceInvertedSlot() {}
+void OXWClassificationToolGUI::gradientNormalizationSlot() {}
+void OXWClassificationToolGUI::volumeComponentModeSlot() {}

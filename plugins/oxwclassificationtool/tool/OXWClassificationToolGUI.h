@@ -1,0 +1,196 @@
+#pragma once
+
+#include "OXWClassificationToolGUIUI.h"
+
+#include <OXMIOC.h>
+#include <OXMObjectIOCPtr.h>
+#include <OXMObjectPath.h>
+#include <OXMRGBf.h>
+#include <OXMTypeInfo.h>
+#include <OXMVector2.h>
+
+#include <QMouseEvent>
+#include <QPointer>
+
+#include <memory>
+#include <vector>
+
+class OXMObject;
+class OXWLUTObjectInfo;
+class OXWRenderMethodTable;
+class QTimer;
+
+// The classification tool: the panel that binds the classification model and its editors to
+// the volume or region of interest selected in the scene tree.
+//
+// The panel follows the application's selection lists, finds the selected object's material,
+// sample grid, histogram and transfer channels, and rebuilds its model from them
+// (updateObjectInfo). Every edit the editors report is written back to the host inside one
+// named user action (one undo step); the listening flag is off while the panel writes, so its
+// own writes do not schedule a re-read. Every change the host makes to those objects (an
+// undo, a preset, another view) comes back as a change message and starts a 30 ms single-shot
+// timer, so a burst of messages causes one re-read.
+//
+// The panel owns the model; the work area and both colour bars hold non-owning pointers to
+// it, which the panel sets and clears. The panel is installed as event filter on the editors
+// and holds their mouse moves back, delivering only the latest one every 50 ms and never
+// letting a press overtake a held move.
+class OXWClassificationToolGUI : public OXWClassificationToolGUIUI, public OXMIOC
+{
+    Q_OBJECT
+
+public:
+    explicit OXWClassificationToolGUI(QWidget* parent = nullptr, const char* name = nullptr);
+    ~OXWClassificationToolGUI() override;
+
+    // Binds the object held as selected object; false when it can't be classified (no
+    // material or no sample grid).
+    bool bindRenderObject();
+    // Lets go of everything bound; the model stays.
+    void releaseRenderObject();
+    void startObjectInfoTimer();
+    void startAnalyzerTimer();
+    void updateScrollBar();
+    void updateZoomButtons();
+    void applyZoom();
+
+    void iocCallback(OXMIOC::Message& message) override;
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
+    // State, for the viewer and the tests.
+    OXWLUTObjectInfo* objectInfo() const { return mObjectInfo.get(); }
+    OXMObject* selectedObject() const { return mSelectedObject.get(); }
+    OXMObject* materialObject() const { return mMaterial.get(); }
+    OXMObject* histogramObject() const { return mHistogram.get(); }
+    OXMObject* opacityObject() const { return mOpacity.get(); }
+    OXMObject* redObject() const { return mRed.get(); }
+    OXMObject* greenObject() const { return mGreen.get(); }
+    OXMObject* blueObject() const { return mBlue.get(); }
+    OXMObject* intensityObject() const { return mIntensity.get(); }
+    OXMObject* rightsObject() const { return mRights.get(); }
+    const OXMObjectPath& selectionPath() const { return mSelectionPath; }
+    const OXMTypeInfo& dataType() const { return mDataType; }
+    const OXMTypeInfo::Channel* inputChannel() const { return mInputChannel; }
+    OXWRenderMethodTable* renderMethodTable() const { return mRenderMethodTable.get(); }
+    bool isListening() const { return mListening; }
+    bool isModelValid() const { return mModelValid; }
+    float zoom() const { return mZoom; }
+    float scroll() const { return mScroll; }
+    bool isDelayedEventPending() const { return mDelayedEventPending; }
+    QTimer* updateObjectInfoTimer() const { return mUpdateObjectInfoTimer; }
+    QTimer* updateAnalyzerTimer() const { return mUpdateAnalyzerTimer; }
+    QTimer* delayedMouseMoveTimer() const { return mDelayedMouseMoveTimer.get(); }
+    // How many re-reads rebuilt the model since construction.
+    int objectInfoReadCount() const { return mObjectInfoReadCount; }
+
+    static constexpr float ZoomStep = 1.41421354f;
+    static constexpr float ZoomLimit = 100.0f;
+    static constexpr int ObjectInfoDelay = 30;
+    static constexpr int AnalyzerDelay = 30;
+    static constexpr int MouseMoveDelay = 50;
+
+public slots:
+    void updateOpacity() override;
+    void updateVisibleOpacityArea() override;
+    void updateColor() override;
+    void updateIntervals() override;
+    void colorTabChanged() override;
+    void updateShininess() override;
+    void updateIntensity() override;
+    void updateTransparency() override;
+    void updateIsosurface() override;
+    void setDiffuseShared(bool shared);
+    void saveHistogram();
+
+protected slots:
+    // The form's texts, then the colour-page labels of the current page.
+    void languageChange() override;
+    void workAreaZoomPlusSlot();
+    void workAreaZoomMinusSlot();
+    void workAreaScrollSlot();
+    void createSegmentFromGreyvalueIntervalSlot(int index);
+    void extractGreyvalueIntervalSlot(int index);
+    void colorModeUpdate();
+    void updateSpecularColor(const OXMRGBf& rgb);
+    void updateObjectInfo();
+    void updateAnalyzer();
+    void sendDelayedMouseMoveEvent();
+    void renderMethodSlot();
+    void oversamplingSlot();
+    void renderInnerSurfacesSlot();
+    void surfaceInvertedSlot();
+    void gradientNormalizationSlot();
+    void volumeComponentModeSlot();
+
+signals:
+    void updateLUTWidgets();
+
+protected:
+    void paintEvent(QPaintEvent* event) override;
+
+private:
+    // The selection of the application's lists: exactly one ROI, else exactly one render
+    // object; an empty path when there is none.
+    static OXMObjectPath findSelection();
+    static bool isUsableSelection(const OXMObjectPath& path, bool volumesOnly);
+    void followSelection();
+    void takeSceneAndRights();
+    void relabelColorTabs();
+
+    OXMObject* resolveColorChannel(OXMenum channel) const;
+    void updateDiffuseSharedFromObject();
+    void readMaterialSpinBoxes();
+    void readIntensitySpinBox();
+    void readShininessSpinBox();
+    void readTransparencySpinBox();
+    void readRenderingControls();
+    bool writeScale(OXMObject* object, float value);
+    void abortCalculation();
+    bool calculateHistogram();
+    bool hasClassificationObjects() const;
+    bool isEditAllowed() const;
+    void buildIntervals(const std::vector<int>& borders, const std::vector<OXMenum>& modes,
+                        const std::vector<QString>& names, int first, int last);
+    void readHandles();
+    std::vector<OXMVector2<float>> collectHandles(int channel, float scale) const;
+    void writeHandleList(OXMObject* object, const std::vector<OXMVector2<float>>& handles,
+                         bool& ok);
+    OXMObject* parentOwner(OXMObject* object) const;
+
+    QTimer* mUpdateObjectInfoTimer = nullptr;
+    QTimer* mUpdateAnalyzerTimer = nullptr;
+    std::unique_ptr<OXWLUTObjectInfo> mObjectInfo;
+
+    OXMObjectIOCPtr mScene;
+    OXMObjectIOCPtr mRights;
+    OXMObjectIOCPtr mMaterial;
+    OXMObjectIOCPtr mHistogram;
+    OXMObjectIOCPtr mSelectedObject;
+    OXMObjectIOCPtr mOpacity;
+    OXMObjectIOCPtr mShininess;
+    OXMObjectIOCPtr mTransparency;
+    OXMObjectIOCPtr mRed;
+    OXMObjectIOCPtr mGreen;
+    OXMObjectIOCPtr mBlue;
+    OXMObjectIOCPtr mIntensity;
+    OXMObjectIOCPtr mDiffuseRedLink;
+    OXMObjectIOCPtr mDiffuseGreenLink;
+    OXMObjectIOCPtr mDiffuseBlueLink;
+    OXMObjectPath mSelectionPath;
+    OXMTypeInfo mDataType;
+    const OXMTypeInfo::Channel* mInputChannel = nullptr;
+
+    bool mListening = true;
+    bool mModelValid = true;
+    float mZoom = 1.0f;
+    float mScroll = 0.0f;
+
+    QMouseEvent mDelayedEvent;
+    bool mDelayedEventPending = false;
+    std::unique_ptr<QTimer> mDelayedMouseMoveTimer;
+    bool mSendingDelayedEvent = false;
+    QPointer<QObject> mDelayedEventTarget;
+
+    std::unique_ptr<OXWRenderMethodTable> mRenderMethodTable;
+    int mObjectInfoReadCount = 0;
+};
