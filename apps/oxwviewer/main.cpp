@@ -7,6 +7,8 @@
 #include "OXWSliceView.h"
 #include "OXWViewerWindow.h"
 
+#include <OXWClassificationToolGUI.h>
+
 #include <OXMError.h>
 #include <OXMScene.h>
 #include <OXMTulvoRights.h>
@@ -115,6 +117,10 @@ int main(int argc, char** argv)
     if (sample.volume16)
         tree->selectObject(sample.volume16);
     window->setCentralWidget(views);
+
+    // The classification tool, docked beside the views (the plug-in will dock it itself).
+    window->createTool(new OXWClassificationToolGUI(nullptr, "OXWClassificationToolGUI"),
+                       OXWDockWindow::Vertical);
 
     // Trying the tool without the right to edit: the rights of the open file live in the scene.
     QAction* lock = window->editMenu()->addAction(QObject::tr("Lock classification"));
