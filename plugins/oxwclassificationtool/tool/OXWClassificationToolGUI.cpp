@@ -12,6 +12,7 @@
 #include <OXMLocalClassFlags.h>
 #include <OXMMetaClass.h>
 #include <OXMObject.h>
+#include <OXMObjectRefPtr.h>
 #include <OXMRegisteredEnum.h>
 #include <OXMSingleton.h>
 #include <OXMTulvoRights.h>
@@ -1619,15 +1620,157 @@ void OXWClassificationToolGUI::saveHistogram()
     }
 }
 
-// --- slots of the rendering controls and the interval extraction -----------------------------
-// The rendering method and the extraction of grey-value intervals come with their own
-// changes; until then the controls only show the host's state.
+// --- rendering controls ----------------------------------------------------------------------
+
+void OXWClassificationToolGUI::renderMethodSlot()
+{
+    if (!mRenderMethodTable) {
+        return;
+    }
+    OXWRenderMethodTable& table = *mRenderMethodTable;
+    OXMObject* volume = table.mVolume.get();
+    OXMObject* oldPlugin = table.mRenderPlugin.get();
+    OXMObject* oldSettings = table.mRenderSettings.get();
+    if (!volume || !oldPlugin || !oldSettings) {
+        return;
+    }
+    OXWApplication* app = application();
+    const QString actionName = tr("Change rendering method");
+    const int action = app ? app->userActionBegin(actionName) : 0;
+    const auto close = [app](int id) {
+        if (app) {
+            app->userActionEnd(id);
+        }
+    };
+    const QString text = mRenderMethodComboBox->currentText();
+    const OXMenum shading = table.shadingModelFor(text);
+    const QString className = table.classNameFor(text);
+    const OXMMetaClass* oldMeta = oldPlugin->getMetaClass();
+    if (className != QString::fromLatin1(oldMeta ? oldMeta->getClassName() : "")) {
+        const QByteArray name = className.toLatin1();
+        OXMObjectRefPtr created(name.constData());
+        OXMObject* plugin = created.get();
+        if (!plugin) {
+            close(action);
+            return;
+        }
+        plugin->prepareRoles();
+        plugin->setScope(OXM::Global);
+        const int nested = app ? app->userActionBegin(actionName) : 0;
+        OXMObject* settings = table.mROI.get() ? table.mROI.get() : volume;
+        if (plugin->isOfType("OXMOxm2RenderPlugin")) {
+            settings = OXWRenderMethodTable::findRenderSettings();
+            if (settings) {
+                OXMenum oldShading = OXM::Unknown;
+                if (oldPlugin->getValue(OXMenum(ShadingModelName), oldShading)) {
+                    settings->setValue(OXM::RenderingMode, oldShading);
+                }
+                settings->copyProperty(oldPlugin, OXM::SamplingDistance);
+            }
+        } else if (oldSettings->isOfType("OXMOxm2RenderSettings")) {
+            OXMenum oldShading = OXM::Unknown;
+            if (oldSettings->getValue(OXM::RenderingMode, oldShading)) {
+                plugin->setValue(OXMenum(ShadingModelName), oldShading);
+            }
+            plugin->copyProperty(oldSettings, OXM::SamplingDistance);
+        } else {
+            plugin->copyProperty(oldPlugin, OXMenum(ShadingModelName));
+            plugin->copyProperty(oldPlugin, OXM::SamplingDistance);
+        }
+        // The volume's link takes the reference below; until then the holder keeps it.
+        table.mRenderPlugin = plugin;
+        table.mRenderSettings = settings;
+        if (!volume->setValue(OXM::RenderPlugin, OXMObjectLink(plugin))) {
+            close(nested);
+            close(action);
+            return;
+        }
+        close(nested);
+    } else if (!volume->setValue(OXM::RenderPlugin, OXMObjectLink(oldPlugin))) {
+        close(action);
+        return;
+    }
+    const int shadingAction = app ? app->userActionBegin(tr("Change shading model")) : 0;
+    OXMObject* settings = table.mRenderSettings.get();
+    if (settings && settings->isOfType("OXMOxm2RenderSettings")) {
+        settings->setValue(OXM::RenderingMode, shading);
+    } else if (OXMObject* plugin = table.mRenderPlugin.get()) {
+        plugin->setValue(OXMenum(ShadingModelName), shading);
+    }
+    close(shadingAction);
+    close(action);
+}
+
+void OXWClassificationToolGUI::oversamplingSlot()
+{
+    OXMObject* plugin = mRenderMethodTable ? mRenderMethodTable->mRenderPlugin.get() : nullptr;
+    OXMObject* settings = mRenderMethodTable ? mRenderMethodTable->mRenderSettings.get() : nullptr;
+    const double value = mOversamplingSpinBox->value();
+    if (!plugin || !settings || !(value > 0.0)) {
+        return;
+    }
+    OXWApplication::UserActionScope action(tr("Change oversampling"));
+    const float distance = float(1.0 / value);
+    if (!plugin->setValue(OXM::SamplingDistance, distance)) {
+        settings->setValue(OXM::SamplingDistance, distance);
+    }
+}
+
+void OXWClassificationToolGUI::renderInnerSurfacesSlot()
+{
+    OXMObject* plugin = mRenderMethodTable ? mRenderMethodTable->mRenderPlugin.get() : nullptr;
+    OXMObject* settings = mRenderMethodTable ? mRenderMethodTable->mRenderSettings.get() : nullptr;
+    if (!plugin || !settings) {
+        return;
+    }
+    OXWApplication::UserActionScope action(tr("Remove inner surfaces"));
+    settings->setValue(OXMenum(ShadingCountLimitName),
+                       mHiddenSurfaceRemovalCheckBox->checkState() != Qt::Unchecked ? 1 : 0);
+}
+
+void OXWClassificationToolGUI::surfaceInvertedSlot()
+{
+    OXMObject* plugin = mRenderMethodTable ? mRenderMethodTable->mRenderPlugin.get() : nullptr;
+    OXMObject* settings = mRenderMethodTable ? mRenderMethodTable->mRenderSettings.get() : nullptr;
+    if (!plugin || !settings) {
+        return;
+    }
+    OXWApplication::UserActionScope action(tr("Swap inner/outer areas"));
+    settings->setValue(OXMenum(SurfaceInvertedName),
+                       mSurfaceInvertedCheckBox->checkState() != Qt::Unchecked ? OXM::True
+                                                                               : OXM::False);
+}
+
+void OXWClassificationToolGUI::gradientNormalizationSlot()
+{
+    OXMObject* plugin = mRenderMethodTable ? mRenderMethodTable->mRenderPlugin.get() : nullptr;
+    OXMObject* settings = mRenderMethodTable ? mRenderMethodTable->mRenderSettings.get() : nullptr;
+    OXMObject* volume = mRenderMethodTable ? mRenderMethodTable->mVolume.get() : nullptr;
+    if (!plugin || !settings || !volume) {
+        return;
+    }
+    OXWApplication::UserActionScope action(tr("Normalize gradients"));
+    volume->setValue(OXM::GradientNormalization,
+                     mGradientNormalizationCheckBox->checkState() != Qt::Unchecked ? OXM::True
+                                                                                   : OXM::False);
+}
+
+void OXWClassificationToolGUI::volumeComponentModeSlot()
+{
+    OXMObject* plugin = mRenderMethodTable ? mRenderMethodTable->mRenderPlugin.get() : nullptr;
+    OXMObject* settings = mRenderMethodTable ? mRenderMethodTable->mRenderSettings.get() : nullptr;
+    OXMObject* volume = mRenderMethodTable ? mRenderMethodTable->mVolume.get() : nullptr;
+    if (!plugin || !settings || !volume) {
+        return;
+    }
+    OXWApplication::UserActionScope action(tr("Use calibration"));
+    volume->setValue(OXM::VolumeComponentMode,
+                     mWorkAreaUseCalibrationButton->isChecked() ? OXM::True : OXM::False);
+}
+
+// --- extraction of grey-value intervals ------------------------------------------------------
+// Turning an interval into a new region or volume comes with the extraction itself; until then
+// the work area's two commands do nothing.
 
 void OXWClassificationToolGUI::createSegmentFromGreyvalueIntervalSlot(int) {}
 void OXWClassificationToolGUI::extractGreyvalueIntervalSlot(int) {}
-void OXWClassificationToolGUI::renderMethodSlot() {}
-void OXWClassificationToolGUI::oversamplingSlot() {}
-void OXWClassificationToolGUI::renderInnerSurfacesSlot() {}
-void OXWClassificationToolGUI::surfaceInvertedSlot() {}
-void OXWClassificationToolGUI::gradientNormalizationSlot() {}
-void OXWClassificationToolGUI::volumeComponentModeSlot() {}
