@@ -273,6 +273,7 @@ TEST(RenderMethodTable, ItsPointersReportToOneListenerUntilCleared)
     table.mRenderPlugin = objects[2].get();
     touch(5.0f);
     EXPECT_EQ(second.counts[objects[2].get()], 2);
+    table.clear(); // the listeners go before the objects
 }
 
 TEST(RenderMethodTableSettings, NoneWithoutApplicationOrScene)
