@@ -1701,71 +1701,79 @@ void OXWClassificationToolGUI::renderMethodSlot()
     close(action);
 }
 
+bool OXWClassificationToolGUI::renderingTargets(OXMObject*& settings, OXMObject*& volume) const
+{
+    const OXWRenderMethodTable* table = mRenderMethodTable.get();
+    settings = table ? table->mRenderSettings.get() : nullptr;
+    volume = table ? table->mVolume.get() : nullptr;
+    return table && table->mRenderPlugin.get() && settings;
+}
+
 void OXWClassificationToolGUI::oversamplingSlot()
 {
-    OXMObject* plugin = mRenderMethodTable ? mRenderMethodTable->mRenderPlugin.get() : nullptr;
-    OXMObject* settings = mRenderMethodTable ? mRenderMethodTable->mRenderSettings.get() : nullptr;
+    OXMObject* settings = nullptr;
+    OXMObject* volume = nullptr;
     const double value = mOversamplingSpinBox->value();
-    if (!plugin || !settings || !(value > 0.0)) {
+    if (!renderingTargets(settings, volume) || !(value > 0.0)) {
         return;
     }
     OXWApplication::UserActionScope action(tr("Change oversampling"));
     const float distance = float(1.0 / value);
-    if (!plugin->setValue(OXM::SamplingDistance, distance)) {
+    if (!mRenderMethodTable->mRenderPlugin.get()->setValue(OXM::SamplingDistance, distance)) {
         settings->setValue(OXM::SamplingDistance, distance);
     }
 }
 
+namespace {
+// A check box counts as checked in any state but off.
+bool isChecked(const QCheckBox* box)
+{
+    return box->checkState() != Qt::Unchecked;
+}
+} // namespace
+
 void OXWClassificationToolGUI::renderInnerSurfacesSlot()
 {
-    OXMObject* plugin = mRenderMethodTable ? mRenderMethodTable->mRenderPlugin.get() : nullptr;
-    OXMObject* settings = mRenderMethodTable ? mRenderMethodTable->mRenderSettings.get() : nullptr;
-    if (!plugin || !settings) {
-        return;
+    OXMObject* settings = nullptr;
+    OXMObject* volume = nullptr;
+    if (renderingTargets(settings, volume)) {
+        OXWApplication::UserActionScope action(tr("Remove inner surfaces"));
+        settings->setValue(OXMenum(ShadingCountLimitName),
+                           isChecked(mHiddenSurfaceRemovalCheckBox) ? 1 : 0);
     }
-    OXWApplication::UserActionScope action(tr("Remove inner surfaces"));
-    settings->setValue(OXMenum(ShadingCountLimitName),
-                       mHiddenSurfaceRemovalCheckBox->checkState() != Qt::Unchecked ? 1 : 0);
 }
 
 void OXWClassificationToolGUI::surfaceInvertedSlot()
 {
-    OXMObject* plugin = mRenderMethodTable ? mRenderMethodTable->mRenderPlugin.get() : nullptr;
-    OXMObject* settings = mRenderMethodTable ? mRenderMethodTable->mRenderSettings.get() : nullptr;
-    if (!plugin || !settings) {
-        return;
+    OXMObject* settings = nullptr;
+    OXMObject* volume = nullptr;
+    if (renderingTargets(settings, volume)) {
+        OXWApplication::UserActionScope action(tr("Swap inner/outer areas"));
+        settings->setValue(OXMenum(SurfaceInvertedName),
+                           isChecked(mSurfaceInvertedCheckBox) ? OXM::True : OXM::False);
     }
-    OXWApplication::UserActionScope action(tr("Swap inner/outer areas"));
-    settings->setValue(OXMenum(SurfaceInvertedName),
-                       mSurfaceInvertedCheckBox->checkState() != Qt::Unchecked ? OXM::True
-                                                                               : OXM::False);
 }
 
 void OXWClassificationToolGUI::gradientNormalizationSlot()
 {
-    OXMObject* plugin = mRenderMethodTable ? mRenderMethodTable->mRenderPlugin.get() : nullptr;
-    OXMObject* settings = mRenderMethodTable ? mRenderMethodTable->mRenderSettings.get() : nullptr;
-    OXMObject* volume = mRenderMethodTable ? mRenderMethodTable->mVolume.get() : nullptr;
-    if (!plugin || !settings || !volume) {
-        return;
+    OXMObject* settings = nullptr;
+    OXMObject* volume = nullptr;
+    if (renderingTargets(settings, volume) && volume) {
+        OXWApplication::UserActionScope action(tr("Normalize gradients"));
+        volume->setValue(OXM::GradientNormalization,
+                         isChecked(mGradientNormalizationCheckBox) ? OXM::True : OXM::False);
     }
-    OXWApplication::UserActionScope action(tr("Normalize gradients"));
-    volume->setValue(OXM::GradientNormalization,
-                     mGradientNormalizationCheckBox->checkState() != Qt::Unchecked ? OXM::True
-                                                                                   : OXM::False);
 }
 
 void OXWClassificationToolGUI::volumeComponentModeSlot()
 {
-    OXMObject* plugin = mRenderMethodTable ? mRenderMethodTable->mRenderPlugin.get() : nullptr;
-    OXMObject* settings = mRenderMethodTable ? mRenderMethodTable->mRenderSettings.get() : nullptr;
-    OXMObject* volume = mRenderMethodTable ? mRenderMethodTable->mVolume.get() : nullptr;
-    if (!plugin || !settings || !volume) {
-        return;
+    OXMObject* settings = nullptr;
+    OXMObject* volume = nullptr;
+    if (renderingTargets(settings, volume) && volume) {
+        OXWApplication::UserActionScope action(tr("Use calibration"));
+        volume->setValue(OXM::VolumeComponentMode,
+                         mWorkAreaUseCalibrationButton->isChecked() ? OXM::True : OXM::False);
     }
-    OXWApplication::UserActionScope action(tr("Use calibration"));
-    volume->setValue(OXM::VolumeComponentMode,
-                     mWorkAreaUseCalibrationButton->isChecked() ? OXM::True : OXM::False);
 }
 
 // --- extraction of grey-value intervals ------------------------------------------------------

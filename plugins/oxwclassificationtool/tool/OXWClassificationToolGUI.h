@@ -144,6 +144,9 @@ private:
     void readShininessSpinBox();
     void readTransparencySpinBox();
     void readRenderingControls();
+    // The render settings and the volume; false unless a render plug-in and its settings are
+    // bound, which the rendering controls need to write.
+    bool renderingTargets(OXMObject*& settings, OXMObject*& volume) const;
     bool writeScale(OXMObject* object, float value);
     void abortCalculation();
     bool calculateHistogram();
