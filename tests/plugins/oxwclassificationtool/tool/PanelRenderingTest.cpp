@@ -1,0 +1,120 @@
+// The rendering controls of the panel on the viewer's volume: the combo box shows the renderer
+// and shading of the bound volume, choosing an entry rewrites the render plug-in link and the
+// shading model as one undo step, oversampling and the check boxes write their properties.
+
+#include "PanelFixture.h"
+
+#include <OXMObjectLink.h>
+#include <OXWRenderMethodTable.h>
+#include <OXWSpinBox.h>
+
+#include <QCheckBox>
+#include <QComboBox>
+#include <QGroupBox>
+
+namespace paneltest {
+namespace {
+
+class PanelRendering : public PanelFixture
+{
+protected:
+    QComboBox* methods() const { return widget<QComboBox>("mRenderMethodComboBox"); }
+
+    OXMObject* plugin() const
+    {
+        OXMObjectLink link;
+        return volume->getValue(OXM::RenderPlugin, link) ? link.getLink() : nullptr;
+    }
+
+    void choose(const QString& text)
+    {
+        const int row = methods()->findText(text);
+        ASSERT_GE(row, 0) << text.toStdString();
+        methods()->setCurrentIndex(row);
+        ASSERT_TRUE(
+            QMetaObject::invokeMethod(panel.get(), "renderMethodSlot", Qt::DirectConnection));
+    }
+
+    OXMenum shadingOf(OXMObject* object) const
+    {
+        OXMenum value;
+        object->getValue(OXMenum::find("ShadingModel", "oxwclassificationtool"), value);
+        return value;
+    }
+};
+
+TEST_F(PanelRendering, TheComboBoxShowsTheVolumesRendererAndShading)
+{
+    ASSERT_NE(methods(), nullptr);
+    EXPECT_EQ(methods()->count(), 10);
+    ASSERT_NE(plugin(), nullptr);
+    EXPECT_TRUE(plugin()->isOfType("OXMRaytracing::Volume::RenderPlugin"));
+    EXPECT_EQ(methods()->currentText(), QStringLiteral("Volume renderer (Phong)"));
+}
+
+TEST_F(PanelRendering, AnotherShadingOfTheSameRendererKeepsTheRendererObject)
+{
+    OXMObject* before = plugin();
+    const int steps = app.undoStack()->count();
+    choose(QStringLiteral("Volume renderer (Scatter HQ)"));
+    EXPECT_EQ(plugin(), before);
+    EXPECT_EQ(shadingOf(before), OXMenum::find("ScatterHQ", "oxwclassificationtool"));
+    ASSERT_EQ(app.undoStack()->count(), steps + 1);
+    EXPECT_EQ(app.undoStack()->undoName(), QStringLiteral("Change rendering method"));
+
+    app.undoStack()->undo();
+    EXPECT_EQ(shadingOf(before), OXM::Phong);
+}
+
+TEST_F(PanelRendering, AnotherRendererIsCreatedWithTheOldShadingAndDistance)
+{
+    OXMObject* before = plugin();
+    ASSERT_TRUE(before->setValue(OXM::SamplingDistance, 0.25f));
+    choose(QStringLiteral("Isosurface renderer"));
+    OXMObject* after = plugin();
+    ASSERT_NE(after, nullptr);
+    EXPECT_NE(after, before);
+    EXPECT_TRUE(after->isOfType("OXMRaytracing::Isosurface::RenderPlugin"));
+    float distance = 0.0f;
+    ASSERT_TRUE(after->getValue(OXM::SamplingDistance, distance));
+    EXPECT_FLOAT_EQ(distance, 0.25f);
+    EXPECT_EQ(shadingOf(after), OXM::Phong);
+    EXPECT_EQ(panel->renderMethodTable()->mRenderPlugin.get(), after);
+
+    // The change message re-reads the controls: the isosurface renderer's check boxes open up.
+    ASSERT_TRUE(waitForReread(panel->objectInfoReadCount()));
+    EXPECT_EQ(methods()->currentText(), QStringLiteral("Isosurface renderer"));
+    EXPECT_TRUE(widget<QCheckBox>("mSurfaceInvertedCheckBox")->isEnabled());
+
+    // One undo brings the old renderer back.
+    app.undoStack()->undo();
+    EXPECT_EQ(plugin(), before);
+}
+
+TEST_F(PanelRendering, OversamplingWritesTheInverseDistance)
+{
+    auto* spin = widget<OXWSpinBox>("mOversamplingSpinBox");
+    ASSERT_NE(spin, nullptr);
+    spin->setValue(0.5);
+    float distance = 0.0f;
+    ASSERT_TRUE(plugin()->getValue(OXM::SamplingDistance, distance));
+    EXPECT_FLOAT_EQ(distance, 2.0f);
+    spin->setValue(50.0);
+    ASSERT_TRUE(plugin()->getValue(OXM::SamplingDistance, distance));
+    EXPECT_FLOAT_EQ(distance, 0.02f);
+}
+
+TEST_F(PanelRendering, GradientNormalizationIsWrittenToTheVolume)
+{
+    auto* box = widget<QCheckBox>("mGradientNormalizationCheckBox");
+    ASSERT_NE(box, nullptr);
+    ASSERT_TRUE(box->isEnabled()); // Phong shading
+    box->click();
+    OXMenum value;
+    ASSERT_TRUE(volume->getValue(OXM::GradientNormalization, value));
+    EXPECT_EQ(value, OXM::True);
+    EXPECT_EQ(app.undoStack()->undoName(), QStringLiteral("Normalize gradients"));
+}
+
+} // namespace
+} // namespace paneltest
