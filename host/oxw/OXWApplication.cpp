@@ -44,6 +44,8 @@ int OXWApplication::userActionBegin(const QString& name)
             mPreviousRecorder = OXMObject::setUndoRecorder(mUndoStack);
     }
     mOpenActions.push_back(id);
+    mOpenActionNames.push_back(name);
+    mUndoStack->setActionName(name);
     return id;
 }
 
@@ -55,7 +57,9 @@ void OXWApplication::userActionEnd(int id, const QString& text)
         return;
     }
     const bool outermost = it == mOpenActions.begin();
+    mOpenActionNames.resize(std::size_t(it - mOpenActions.begin()));
     mOpenActions.erase(it, mOpenActions.end());
+    mUndoStack->setActionName(mOpenActionNames.empty() ? QString() : mOpenActionNames.back());
     if (!outermost)
         return;
     if (mStepOwned) {

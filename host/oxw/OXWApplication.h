@@ -22,8 +22,11 @@ class OXWUndoStack;
 // writes there (view state) cost no more than without undo.
 //
 // Every change the user makes is wrapped in a named user action: all property and link
-// changes between the outermost userActionBegin and its userActionEnd form one undo step named
-// after the outermost action. Nested actions join it. An action that changed nothing leaves no
+// changes between the outermost userActionBegin and its userActionEnd form one undo step.
+// Nested actions join it. The step is named after the innermost action that was open when the
+// step's first change was made (a press that opens a general action and the slot inside it
+// that writes "Change opacity" give the step "Change opacity"); a step whose changes are all
+// made directly in the outermost action carries its name. An action that changed nothing leaves no
 // step. Undo and redo refuse while an action is open. Changes made outside user actions are
 // not recorded. Only the outermost userActionEnd renames the step; the texts given when
 // nested actions end are ignored.
@@ -69,6 +72,8 @@ private:
     OXMUndoRecorder* mPreviousRecorder = nullptr;
     // Ids of the open user actions, outermost first.
     std::vector<int> mOpenActions;
+    // Their names, in the same order.
+    std::vector<QString> mOpenActionNames;
     int mNextActionId = 1;
     // Whether the outermost open action opened the undo stack's step (it cannot while undo
     // or redo runs).

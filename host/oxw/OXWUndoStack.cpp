@@ -27,6 +27,8 @@ void OXWUndoStack::recordChange(OXMObject* object, OXMenum propertyID,
         step.entries[it->second].newValue = newValue.clone();
         return;
     }
+    if (step.entries.empty() && !mActionName.isEmpty())
+        step.name = mActionName; // named after what made the first change
     Entry entry;
     entry.object = object;
     entry.propertyID = propertyID;

@@ -51,6 +51,9 @@ public:
     bool beginStep(const QString& name);
     // Closes the open step. A non-null text renames it. Returns whether a step was stored.
     bool endStep(const QString& text = QString());
+    // The name of the innermost open user action: the open step takes it when it records its
+    // first change.
+    void setActionName(const QString& name) { mActionName = name; }
     bool isStepOpen() const { return mOpen != nullptr; }
 
     bool canUndo() const;
@@ -111,4 +114,5 @@ private:
     std::unique_ptr<Step> mOpen;
     int mStepLimit = DefaultStepLimit;
     bool mBusy = false;
+    QString mActionName;
 };

@@ -71,7 +71,7 @@ TEST(OXWUserActionLifetime, UnregistersAndUninstallsWhenDestroyed)
     OXWApplication::UserActionScope scope("Nothing");
 }
 
-TEST_F(OXWUserAction, NestedActionsFormOneStepNamedAfterTheOutermost)
+TEST_F(OXWUserAction, NestedActionsFormOneStep)
 {
     OXWTestItem item;
     const int outer = app.userActionBegin("Change opacity");
@@ -102,6 +102,33 @@ TEST_F(OXWUserAction, NestedActionsFormOneStepNamedAfterTheOutermost)
     ASSERT_TRUE(stack.redo());
     EXPECT_EQ(item.opacity.getValue(), 0.25f);
     EXPECT_EQ(item.shininess.getValue(), 7);
+}
+
+TEST_F(OXWUserAction, AStepIsNamedAfterTheActionThatMadeItsFirstChange)
+{
+    // A press opens a general action; the slot inside it makes the change and names it.
+    OXWTestItem item;
+    const int press = app.userActionBegin("Change color");
+    {
+        OXWApplication::UserActionScope write("Change opacity");
+        item.opacity.setValue(0.5f);
+    }
+    {
+        OXWApplication::UserActionScope later("Change shininess");
+        item.shininess.setValue(3);
+    }
+    app.userActionEnd(press);
+    ASSERT_EQ(stack.count(), 1);
+    EXPECT_EQ(stack.undoName(), QString("Change opacity"));
+
+    // A text given to the outermost end still renames the step.
+    const int renamed = app.userActionBegin("Outer");
+    {
+        OXWApplication::UserActionScope write("Inner");
+        item.opacity.setValue(0.75f);
+    }
+    app.userActionEnd(renamed, "Chosen");
+    EXPECT_EQ(stack.undoName(), QString("Chosen"));
 }
 
 TEST_F(OXWUserAction, EndingTheOutermostClosesTheActionsStillOpenInside)
