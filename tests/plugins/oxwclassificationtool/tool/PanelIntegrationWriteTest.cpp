@@ -108,9 +108,9 @@ TEST_F(PanelWrite, AHandleDragIsOneUndoStepWhoseUndoRestoresHostAndModel)
 
     // One step, holding the whole drag.
     EXPECT_EQ(app.undoStack()->count(), 1);
-    // The work area's press opens the outermost user action ("Change color") and the host
-    // names a step after its outermost action; the panel's "Change opacity" joins it.
-    EXPECT_EQ(app.undoStack()->undoName(), QStringLiteral("Change color"));
+    // The work area's press opens the outermost user action; the panel's "Change opacity"
+    // inside it makes the change and names the step.
+    EXPECT_EQ(app.undoStack()->undoName(), QStringLiteral("Change opacity"));
     const HandleList dragged = handleList(channel(OXM::Opacity));
     ASSERT_EQ(dragged.size(), 3u);
     EXPECT_NEAR(dragged[1].x, 20.0f, 1e-3f);

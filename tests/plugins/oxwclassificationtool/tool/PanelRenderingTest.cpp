@@ -60,7 +60,8 @@ TEST_F(PanelRendering, AnotherShadingOfTheSameRendererKeepsTheRendererObject)
     EXPECT_EQ(plugin(), before);
     EXPECT_EQ(shadingOf(before), OXMenum::find("ScatterHQ", "oxwclassificationtool"));
     ASSERT_EQ(app.undoStack()->count(), steps + 1);
-    EXPECT_EQ(app.undoStack()->undoName(), QStringLiteral("Change rendering method"));
+    // Only the shading changed, and the step says so.
+    EXPECT_EQ(app.undoStack()->undoName(), QStringLiteral("Change shading model"));
 
     app.undoStack()->undo();
     EXPECT_EQ(shadingOf(before), OXM::Phong);
