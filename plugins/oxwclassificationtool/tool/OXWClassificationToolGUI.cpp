@@ -1732,48 +1732,46 @@ bool isChecked(const QCheckBox* box)
 }
 } // namespace
 
-void OXWClassificationToolGUI::renderInnerSurfacesSlot()
+template <typename T>
+void OXWClassificationToolGUI::writeRenderingProperty(bool ofVolume, OXMenum id, const T& value,
+                                                      const QString& action)
 {
     OXMObject* settings = nullptr;
     OXMObject* volume = nullptr;
-    if (renderingTargets(settings, volume)) {
-        OXWApplication::UserActionScope action(tr("Remove inner surfaces"));
-        settings->setValue(OXMenum(ShadingCountLimitName),
-                           isChecked(mHiddenSurfaceRemovalCheckBox) ? 1 : 0);
+    OXMObject* target =
+        renderingTargets(settings, volume) ? (ofVolume ? volume : settings) : nullptr;
+    if (target) {
+        OXWApplication::UserActionScope scope(action);
+        target->setValue(id, value);
     }
+}
+
+void OXWClassificationToolGUI::renderInnerSurfacesSlot()
+{
+    writeRenderingProperty(false, OXMenum(ShadingCountLimitName),
+                           isChecked(mHiddenSurfaceRemovalCheckBox) ? 1 : 0,
+                           tr("Remove inner surfaces"));
 }
 
 void OXWClassificationToolGUI::surfaceInvertedSlot()
 {
-    OXMObject* settings = nullptr;
-    OXMObject* volume = nullptr;
-    if (renderingTargets(settings, volume)) {
-        OXWApplication::UserActionScope action(tr("Swap inner/outer areas"));
-        settings->setValue(OXMenum(SurfaceInvertedName),
-                           isChecked(mSurfaceInvertedCheckBox) ? OXM::True : OXM::False);
-    }
+    writeRenderingProperty(false, OXMenum(SurfaceInvertedName),
+                           isChecked(mSurfaceInvertedCheckBox) ? OXM::True : OXM::False,
+                           tr("Swap inner/outer areas"));
 }
 
 void OXWClassificationToolGUI::gradientNormalizationSlot()
 {
-    OXMObject* settings = nullptr;
-    OXMObject* volume = nullptr;
-    if (renderingTargets(settings, volume) && volume) {
-        OXWApplication::UserActionScope action(tr("Normalize gradients"));
-        volume->setValue(OXM::GradientNormalization,
-                         isChecked(mGradientNormalizationCheckBox) ? OXM::True : OXM::False);
-    }
+    writeRenderingProperty(true, OXM::GradientNormalization,
+                           isChecked(mGradientNormalizationCheckBox) ? OXM::True : OXM::False,
+                           tr("Normalize gradients"));
 }
 
 void OXWClassificationToolGUI::volumeComponentModeSlot()
 {
-    OXMObject* settings = nullptr;
-    OXMObject* volume = nullptr;
-    if (renderingTargets(settings, volume) && volume) {
-        OXWApplication::UserActionScope action(tr("Use calibration"));
-        volume->setValue(OXM::VolumeComponentMode,
-                         mWorkAreaUseCalibrationButton->isChecked() ? OXM::True : OXM::False);
-    }
+    writeRenderingProperty(true, OXM::VolumeComponentMode,
+                           mWorkAreaUseCalibrationButton->isChecked() ? OXM::True : OXM::False,
+                           tr("Use calibration"));
 }
 
 // --- extraction of grey-value intervals ------------------------------------------------------

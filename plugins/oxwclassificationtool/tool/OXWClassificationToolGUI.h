@@ -147,6 +147,10 @@ private:
     // The render settings and the volume; false unless a render plug-in and its settings are
     // bound, which the rendering controls need to write.
     bool renderingTargets(OXMObject*& settings, OXMObject*& volume) const;
+    // Writes one property of the render settings, or of the volume, as the named user action;
+    // nothing without the rendering objects.
+    template <typename T>
+    void writeRenderingProperty(bool ofVolume, OXMenum id, const T& value, const QString& action);
     bool writeScale(OXMObject* object, float value);
     void abortCalculation();
     bool calculateHistogram();

@@ -87,6 +87,21 @@ TEST_F(PanelRendering, AnotherRendererIsCreatedWithTheOldShadingAndDistance)
     EXPECT_EQ(methods()->currentText(), QStringLiteral("Isosurface renderer"));
     EXPECT_TRUE(widget<QCheckBox>("mSurfaceInvertedCheckBox")->isEnabled());
 
+    // Its settings live on the volume: swapping the areas and removing inner surfaces.
+    widget<QCheckBox>("mSurfaceInvertedCheckBox")->click();
+    widget<QCheckBox>("mHiddenSurfaceRemovalCheckBox")->click();
+    OXMenum inverted;
+    int limit = 0;
+    ASSERT_TRUE(
+        volume->getValue(OXMenum::find("SurfaceInverted", "oxwclassificationtool"), inverted));
+    ASSERT_TRUE(
+        volume->getValue(OXMenum::find("ShadingCountLimit", "oxwclassificationtool"), limit));
+    EXPECT_EQ(inverted, OXM::True);
+    EXPECT_EQ(limit, 1);
+    EXPECT_EQ(app.undoStack()->undoName(), QStringLiteral("Remove inner surfaces"));
+    app.undoStack()->undo();
+    app.undoStack()->undo();
+
     // One undo brings the old renderer back.
     app.undoStack()->undo();
     EXPECT_EQ(plugin(), before);
