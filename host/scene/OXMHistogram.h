@@ -31,7 +31,7 @@ public:
 
     OXMSampleTransferSpec* getTransferSpec() const;
 
-    // The first histogram of owner's OXM::HistogramList whose transfer spec reads the input
+    // The first histogram of owner's OXM::HistogramList whose transfer channel reads the input
     // channel; null if none does.
     static OXMHistogram* findInList(const OXMSceneObject& owner, OXMenum inputChannel);
     OXMHistogramResult* getResult() const;
