@@ -105,9 +105,22 @@ bool writeArray(OXMObject* object, OXMenum id, const std::vector<T>& values)
     return array->initArray(0, int(values.size()) - 1, values.data());
 }
 
-bool hasArray(const OXMObject* object, OXMenum id)
+// Writes the three interval lists of a material; a list the material lacks is skipped.
+// Names are stored in the local 8-bit encoding.
+void writeIntervalLists(OXMObject* material, const std::vector<int>& borders,
+                        const std::vector<OXMenum>& modes, const std::vector<QString>& names)
 {
-    return object && object->getProperty(id);
+    std::vector<QByteArray> encoded;
+    for (const QString& name : names) {
+        encoded.push_back(name.toLocal8Bit());
+    }
+    std::vector<const char*> pointers;
+    for (const QByteArray& name : encoded) {
+        pointers.push_back(name.constData());
+    }
+    writeArray(material, OXM::IntervalIndexList, borders);
+    writeArray(material, OXM::IntervalModeList, modes);
+    writeArray(material, OXM::IntervalNameList, pointers);
 }
 
 std::vector<QString> readNames(const OXMObject* object)
@@ -956,15 +969,14 @@ void OXWClassificationToolGUI::updateIntervals()
         return;
     }
     // One undo step for the whole change of the interval set: the lists, then the curves that
-    // the change reshaped.
+    // the change reshaped (their own actions join this one).
     OXWApplication::UserActionScope step(tr("Change interval settings"));
     mListening = false;
     {
-        OXWApplication::UserActionScope action(tr("Change interval settings"));
         const OXWLUTObjectInfo& model = *mObjectInfo;
         std::vector<int> borders;
         std::vector<OXMenum> modes;
-        std::vector<QByteArray> names;
+        std::vector<QString> names;
         for (int i = 0; i < model.intervalCount(); ++i) {
             const OXWLUTIntervalInfo* interval = model.interval(i);
             if (i == 0) {
@@ -972,21 +984,9 @@ void OXWClassificationToolGUI::updateIntervals()
             }
             borders.push_back(int(std::floor(model.greyFromPosition(interval->to()))));
             modes.push_back(interval->isEnabled() ? OXM::Enabled : OXM::Disabled);
-            names.push_back(interval->name().toLocal8Bit());
+            names.push_back(interval->name());
         }
-        std::vector<const char*> namePointers;
-        for (const QByteArray& name : names) {
-            namePointers.push_back(name.constData());
-        }
-        if (hasArray(material, OXM::IntervalIndexList)) {
-            writeArray(material, OXM::IntervalIndexList, borders);
-        }
-        if (hasArray(material, OXM::IntervalModeList)) {
-            writeArray(material, OXM::IntervalModeList, modes);
-        }
-        if (hasArray(material, OXM::IntervalNameList)) {
-            writeArray(material, OXM::IntervalNameList, namePointers);
-        }
+        writeIntervalLists(material, borders, modes, names);
     }
     updateOpacity();
     updateColor();
@@ -1208,10 +1208,7 @@ void OXWClassificationToolGUI::updateObjectInfo()
             borders = {first - 1, last};
             modes = {OXM::Enabled};
             names = {OXWLUTObjectInfo::tr("Interval 1")};
-            const QByteArray name = names.front().toLocal8Bit();
-            writeArray(material, OXM::IntervalIndexList, borders);
-            writeArray(material, OXM::IntervalModeList, modes);
-            writeArray(material, OXM::IntervalNameList, std::vector<const char*>{name.constData()});
+            writeIntervalLists(material, borders, modes, names);
         }
         mListening = true;
     }
