@@ -32,7 +32,7 @@ OXWApplication::~OXWApplication()
     mUndoStack = nullptr;
 }
 
-int OXWApplication::userActionBegin(const QString& name)
+int OXWApplication::userActionBegin(const QString& name, StepName naming)
 {
     const int id = mNextActionId;
     mNextActionId = id == std::numeric_limits<int>::max() ? 1 : id + 1;
@@ -43,9 +43,11 @@ int OXWApplication::userActionBegin(const QString& name)
         if (mStepOwned)
             mPreviousRecorder = OXMObject::setUndoRecorder(mUndoStack);
     }
+    if (naming == StepName::FromThisAction && mStepName.isNull() && !name.isEmpty())
+        mStepName = name;
     mOpenActions.push_back(id);
     mOpenActionNames.push_back(name);
-    mUndoStack->setActionName(name);
+    updateStepActionName();
     return id;
 }
 
@@ -59,16 +61,28 @@ void OXWApplication::userActionEnd(int id, const QString& text)
     const bool outermost = it == mOpenActions.begin();
     mOpenActionNames.resize(std::size_t(it - mOpenActions.begin()));
     mOpenActions.erase(it, mOpenActions.end());
-    mUndoStack->setActionName(mOpenActionNames.empty() ? QString() : mOpenActionNames.back());
-    if (!outermost)
+    if (!outermost) {
+        updateStepActionName();
         return;
+    }
+    const QString stepName = text.isNull() ? mStepName : text;
+    mStepName = QString();
+    mUndoStack->setActionName(QString());
     if (mStepOwned) {
         mStepOwned = false;
         if (OXMObject::getUndoRecorder() == mUndoStack)
             OXMObject::setUndoRecorder(mPreviousRecorder);
         mPreviousRecorder = nullptr;
-        mUndoStack->endStep(text);
+        mUndoStack->endStep(stepName);
     }
+}
+
+void OXWApplication::updateStepActionName()
+{
+    if (!mStepName.isNull())
+        mUndoStack->setActionName(mStepName);
+    else
+        mUndoStack->setActionName(mOpenActionNames.empty() ? QString() : mOpenActionNames.back());
 }
 
 bool OXWApplication::isUserActionOpen() const
@@ -76,10 +90,10 @@ bool OXWApplication::isUserActionOpen() const
     return !mOpenActions.empty();
 }
 
-OXWApplication::UserActionScope::UserActionScope(const QString& name)
+OXWApplication::UserActionScope::UserActionScope(const QString& name, StepName naming)
 {
     if (OXWApplication* app = OXMSingleton<OXWApplication>::getInstance())
-        mId = app->userActionBegin(name);
+        mId = app->userActionBegin(name, naming);
 }
 
 OXWApplication::UserActionScope::~UserActionScope()

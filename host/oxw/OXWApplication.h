@@ -23,13 +23,18 @@ class OXWUndoStack;
 //
 // Every change the user makes is wrapped in a named user action: all property and link
 // changes between the outermost userActionBegin and its userActionEnd form one undo step.
-// Nested actions join it. The step is named after the innermost action that was open when the
-// step's first change was made (a press that opens a general action and the slot inside it
-// that writes "Change opacity" give the step "Change opacity"); a step whose changes are all
-// made directly in the outermost action carries its name. An action that changed nothing leaves no
-// step. Undo and redo refuse while an action is open. Changes made outside user actions are
-// not recorded. Only the outermost userActionEnd renames the step; the texts given when
-// nested actions end are ignored.
+// Nested actions join it. The step's name:
+// - an action opened with StepName::FromThisAction names the step it belongs to, wherever it is
+//   nested and whatever actions the code it runs opens (a widget's own undo scope, such as a
+//   spin box's "Set transparency" around the slot that writes the value); the first such
+//   action of a step wins;
+// - otherwise the step is named after the innermost action that was open when the step's first
+//   change was made (a press that opens a general action and the slot inside it that writes
+//   "Change opacity" give the step "Change opacity"); a step whose changes are all made
+//   directly in the outermost action carries its name.
+// An action that changed nothing leaves no step. Undo and redo refuse while an action is open.
+// Changes made outside user actions are not recorded. A text given to the outermost
+// userActionEnd renames the step; the texts given when nested actions end are ignored.
 //
 // The application switches auto-delete off (C++ code owns it).
 class OXWApplication : public OXMObject
@@ -38,8 +43,15 @@ public:
     OXWApplication();
     ~OXWApplication() override;
 
+    // How a user action takes part in naming its undo step (see above).
+    enum class StepName
+    {
+        FromFirstChange,
+        FromThisAction
+    };
+
     // Opens a named user action and returns its id (> 0).
-    int userActionBegin(const QString& name);
+    int userActionBegin(const QString& name, StepName naming = StepName::FromFirstChange);
     // Closes the action with that id (and any still open inside it). The text, when not null,
     // replaces the step's name.
     void userActionEnd(int id, const QString& text = QString());
@@ -50,7 +62,7 @@ public:
     class UserActionScope
     {
     public:
-        explicit UserActionScope(const QString& name);
+        explicit UserActionScope(const QString& name, StepName naming = StepName::FromFirstChange);
         ~UserActionScope();
         UserActionScope(const UserActionScope&) = delete;
         UserActionScope& operator=(const UserActionScope&) = delete;
@@ -68,6 +80,9 @@ public:
     static QIcon getMiniIconSet(const char* name, const char* set = nullptr);
 
 private:
+    // Tells the undo stack the name its open step takes at its first change.
+    void updateStepActionName();
+
     OXWUndoStack* mUndoStack;
     OXMUndoRecorder* mPreviousRecorder = nullptr;
     // Ids of the open user actions, outermost first.
@@ -78,6 +93,8 @@ private:
     // Whether the outermost open action opened the undo stack's step (it cannot while undo
     // or redo runs).
     bool mStepOwned = false;
+    // The name of the first StepName::FromThisAction action of the open step; null when none.
+    QString mStepName;
 
     OXMValueArrayOP<OXMObjectPath> mRegionOfInterestSelectionList;
     OXMValueArrayOP<OXMObjectPath> mRenderObjectSelectionList;

@@ -91,7 +91,8 @@ void OXWSpinBox::setUserValue(double value)
     }
     std::unique_ptr<OXWApplication::UserActionScope> scope;
     if (!mUndoScope.isEmpty())
-        scope = std::make_unique<OXWApplication::UserActionScope>(mUndoScope);
+        scope = std::make_unique<OXWApplication::UserActionScope>(
+            mUndoScope, OXWApplication::StepName::FromThisAction);
     mValue = v;
     updateText();
     emit valueChanged(mValue);
@@ -265,7 +266,8 @@ bool OXWSpinBox::eventFilter(QObject* watched, QEvent* event)
     if ((watched == mUpButton || watched == mDownButton) && !mForwardingRelease &&
         (isPress || isRelease) && static_cast<QMouseEvent*>(event)->button() == Qt::LeftButton) {
         if (isPress && !mUndoScope.isEmpty() && !mHeldScope) {
-            mHeldScope = std::make_unique<OXWApplication::UserActionScope>(mUndoScope);
+            mHeldScope = std::make_unique<OXWApplication::UserActionScope>(
+                mUndoScope, OXWApplication::StepName::FromThisAction);
         } else if (isRelease && mHeldScope) {
             // The button emits its last click while handling the release: let it do so
             // inside the held action, then close the action.

@@ -131,6 +131,47 @@ TEST_F(OXWUserAction, AStepIsNamedAfterTheActionThatMadeItsFirstChange)
     EXPECT_EQ(stack.undoName(), QString("Chosen"));
 }
 
+// A widget's own undo scope names its step whatever the slots it runs open: outermost, nested
+// in a press's general action, or after another action made the first change.
+TEST_F(OXWUserAction, AnActionThatNamesItsStepWinsOverTheFirstChange)
+{
+    using Naming = OXWApplication::StepName;
+    struct Case
+    {
+        const char* outer;
+        Naming outerNaming;
+        const char* inner;
+        Naming innerNaming;
+        const char* expected;
+    };
+    const Case cases[] = {
+        {"Set transparency", Naming::FromThisAction, "Change transparency", Naming::FromFirstChange,
+         "Set transparency"},
+        {"Change color", Naming::FromFirstChange, "Set oversampling", Naming::FromThisAction,
+         "Set oversampling"},
+        {"Set ambient intensity", Naming::FromThisAction, "Set diffuse intensity",
+         Naming::FromThisAction, "Set ambient intensity"},
+    };
+    OXWTestItem item;
+    float value = 0.0f;
+    for (const Case& c : cases) {
+        const int outer = app.userActionBegin(c.outer, c.outerNaming);
+        {
+            OXWApplication::UserActionScope inner(c.inner, c.innerNaming);
+            item.opacity.setValue(value += 0.125f);
+        }
+        item.shininess.setValue(int(value * 8));
+        app.userActionEnd(outer);
+        EXPECT_EQ(stack.undoName(), QString(c.expected)) << c.outer << " / " << c.inner;
+    }
+    // The name does not outlive its step.
+    {
+        OXWApplication::UserActionScope plain("Change opacity");
+        item.opacity.setValue(0.0f);
+    }
+    EXPECT_EQ(stack.undoName(), QString("Change opacity"));
+}
+
 TEST_F(OXWUserAction, EndingTheOutermostClosesTheActionsStillOpenInside)
 {
     OXWTestItem item;

@@ -9,6 +9,8 @@
 #include <QMenu>
 #include <QTabWidget>
 
+#include <OXWSpinBox.h>
+
 #include <cmath>
 
 using namespace paneltest;
@@ -300,4 +302,33 @@ TEST_F(PanelWrite, TheSharedCheckBoxLinksTheDiffuseChannelsToTheAmbientOnes)
     EXPECT_EQ(mode, OXM::LookupTable);
     EXPECT_FALSE(shared->isChecked());
     EXPECT_EQ(panel->redObject(), channel(OXM::DiffuseRed));
+}
+
+// A step of a material or rendering spin box is one undo step named after the box's own undo
+// scope, whatever name the slot that writes the value opens inside it.
+TEST_F(PanelWrite, EachSpinBoxNamesItsStep)
+{
+    struct Box
+    {
+        int page;
+        const char* name;
+        const char* step;
+    };
+    const Box boxes[] = {
+        {0, "mAmbientIntensitySpinBox", "Set ambient intensity"},
+        {1, "mDiffuseIntensitySpinBox", "Set diffuse intensity"},
+        {2, "mSpecularShininessSpinBox", "Set specular shininess"},
+        {2, "mSpecularIntensitySpinBox", "Set specular intensity"},
+        {3, "mTransparencySpinBox", "Set transparency"},
+        {0, "mOversamplingSpinBox", "Set oversampling"},
+    };
+    for (const Box& b : boxes) {
+        showColourPage(b.page);
+        auto* box = widget<OXWSpinBox>(b.name);
+        ASSERT_NE(box, nullptr) << b.name;
+        const int steps = app.undoStack()->count();
+        box->stepUp();
+        EXPECT_EQ(app.undoStack()->count(), steps + 1) << b.name;
+        EXPECT_EQ(app.undoStack()->undoName(), QString::fromLatin1(b.step)) << b.name;
+    }
 }
