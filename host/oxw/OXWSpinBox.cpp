@@ -132,14 +132,18 @@ void OXWSpinBox::setPrecisionReference(double reference)
 
 void OXWSpinBox::setLineStep(double step)
 {
-    if (step > 0.0)
+    if (step > 0.0) {
         mLineStep = step;
+        mStepsGiven = true;
+    }
 }
 
 void OXWSpinBox::setPageStep(double step)
 {
-    if (step > 0.0)
+    if (step > 0.0) {
         mPageStep = step;
+        mStepsGiven = true;
+    }
 }
 
 double OXWSpinBox::effectiveLineStep() const
@@ -148,12 +152,15 @@ double OXWSpinBox::effectiveLineStep() const
         return mLineStep;
     const double m = std::max(std::fabs(mValue), mPrecisionReference);
     const double step = std::pow(10.0, std::floor(std::log10(m)) - 1.0);
-    return std::max(step, std::pow(10.0, -mPrecision));
+    const double smallest = std::max(std::pow(10.0, -mPrecision), mStepsGiven ? mLineStep : 0.0);
+    return std::max(step, smallest);
 }
 
 double OXWSpinBox::effectivePageStep() const
 {
-    return mAutoMode ? 10.0 * effectiveLineStep() : mPageStep;
+    if (!mAutoMode)
+        return mPageStep;
+    return std::max(10.0 * effectiveLineStep(), mStepsGiven ? mPageStep : 0.0);
 }
 
 void OXWSpinBox::stepBy(int lineSteps)

@@ -32,7 +32,9 @@ class QToolButton;
 // - automatic mode: the steps adapt to the magnitude of the value: the line step is
 //   10^(floor(log10(m)) - 1) with m = max(|value|, precisionReference()), so one step changes
 //   the second significant digit (1 at 50, 10 at 500), but never less than one unit of the
-//   last shown decimal; the page step is ten line steps. Off: the fixed line / page steps.
+//   last shown decimal, nor less than a line step given with setLineStep (0.5 steps 2.0 to
+//   2.5, and 20 to 21); the page step is ten line steps, at least a page step given with
+//   setPageStep. Off: the fixed line / page steps.
 // - line-edit mode (default on): the field can be typed into. Off: the field only shows the
 //   value (read-only, no focus); the arrows, keys and wheel still change it.
 class OXWSpinBox : public QWidget
@@ -127,6 +129,8 @@ private:
     double mPageStep = 10.0;
     int mArrowLayout = ArrowsStacked;
     bool mAutoMode = false;
+    // Whether setLineStep / setPageStep gave steps: automatic mode keeps them as smallest steps.
+    bool mStepsGiven = false;
     bool mLineEditMode = true;
     QString mUndoScope;
     int mWheelRemainder = 0;

@@ -158,8 +158,6 @@ TEST(OXWSpinBox, AutomaticModeAdaptsTheStepToTheValue)
 {
     OXWSpinBox box;
     box.setMaxValue(10000);
-    box.setLineStep(7);
-    EXPECT_EQ(box.effectiveLineStep(), 7.0);
     box.setAutoMode(true);
     box.setValue(0);
     EXPECT_EQ(box.effectiveLineStep(), 1.0); // never below one shown unit
@@ -174,6 +172,36 @@ TEST(OXWSpinBox, AutomaticModeAdaptsTheStepToTheValue)
     box.setValue(0.5);
     box.setPrecisionReference(0.01);
     EXPECT_DOUBLE_EQ(box.effectiveLineStep(), 0.01);
+    box.setAutoMode(false);
+    box.setLineStep(7);
+    EXPECT_EQ(box.effectiveLineStep(), 7.0);
+}
+
+// Automatic mode keeps the steps it was given as its smallest steps: the oversampling box
+// (one decimal, steps of 0.5) steps by 0.5 where the magnitude alone would give 0.1.
+TEST(OXWSpinBox, AutomaticModeNeverStepsBelowTheGivenSteps)
+{
+    OXWSpinBox box;
+    box.setAutoMode(true);
+    box.setPrecision(1);
+    box.setPrecisionReference(0.5);
+    box.setRange(0.5, 50.0);
+    box.setLineStep(0.5);
+    box.setPageStep(0.5);
+    struct Step
+    {
+        double from;
+        int lines;
+        int pages;
+        double to;
+    };
+    for (const Step& s : {Step{2.0, 1, 0, 2.5}, Step{2.0, -1, 0, 1.5}, Step{0.5, 1, 0, 1.0},
+                          Step{20.0, 1, 0, 21.0}, Step{2.0, 0, 1, 7.0}, Step{50.0, 1, 0, 50.0}}) {
+        box.setValue(s.from);
+        box.stepBy(s.lines);
+        box.pageBy(s.pages);
+        EXPECT_DOUBLE_EQ(box.value(), s.to) << s.from << " +" << s.lines << " lines +" << s.pages;
+    }
 }
 
 TEST(OXWSpinBox, ArrowLayoutAndLineEditMode)
