@@ -1,9 +1,9 @@
 #pragma once
 
-#include "OXMRenderPlugin.h"
+#include "OXMShadedRenderPlugin.h"
 
 // The renderer object of the class "OXMDDTexture3DRenderPlugin": the hardware 3D-texture renderer.
-class OXMDDTexture3DRenderPlugin : public OXMRenderPlugin
+class OXMDDTexture3DRenderPlugin : public OXMShadedRenderPlugin
 {
     OXM_SCENE_CLASS(OXMDDTexture3DRenderPlugin)
 

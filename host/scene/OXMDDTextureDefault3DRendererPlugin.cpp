@@ -1,4 +1,4 @@
 #include "OXMDDTextureDefault3DRendererPlugin.h"
 
 OXM_SCENE_CLASS_IMPL(OXMDDTextureDefault3DRendererPlugin, "OXMDDTextureDefault3DRendererPlugin",
-                     OXMRenderPlugin)
+                     OXMShadedRenderPlugin)

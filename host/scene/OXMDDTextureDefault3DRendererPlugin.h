@@ -1,10 +1,10 @@
 #pragma once
 
-#include "OXMRenderPlugin.h"
+#include "OXMShadedRenderPlugin.h"
 
 // The renderer object of the class "OXMDDTextureDefault3DRendererPlugin": the default hardware
 // 3D-texture renderer.
-class OXMDDTextureDefault3DRendererPlugin : public OXMRenderPlugin
+class OXMDDTextureDefault3DRendererPlugin : public OXMShadedRenderPlugin
 {
     OXM_SCENE_CLASS(OXMDDTextureDefault3DRendererPlugin)
 

@@ -1,4 +1,4 @@
 #include "OXMRaytracingIsosurfaceRenderPlugin.h"
 
 OXM_SCENE_CLASS_IMPL(OXMRaytracingIsosurfaceRenderPlugin, "OXMRaytracing::Isosurface::RenderPlugin",
-                     OXMRenderPlugin)
+                     OXMShadedRenderPlugin)

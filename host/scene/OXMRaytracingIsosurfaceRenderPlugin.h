@@ -1,10 +1,10 @@
 #pragma once
 
-#include "OXMRenderPlugin.h"
+#include "OXMShadedRenderPlugin.h"
 
 // The renderer object of the class "OXMRaytracing::Isosurface::RenderPlugin": the isosurface ray
 // tracer.
-class OXMRaytracingIsosurfaceRenderPlugin : public OXMRenderPlugin
+class OXMRaytracingIsosurfaceRenderPlugin : public OXMShadedRenderPlugin
 {
     OXM_SCENE_CLASS(OXMRaytracingIsosurfaceRenderPlugin)
 

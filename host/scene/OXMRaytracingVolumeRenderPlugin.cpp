@@ -1,4 +1,4 @@
 #include "OXMRaytracingVolumeRenderPlugin.h"
 
 OXM_SCENE_CLASS_IMPL(OXMRaytracingVolumeRenderPlugin, "OXMRaytracing::Volume::RenderPlugin",
-                     OXMRenderPlugin)
+                     OXMShadedRenderPlugin)

@@ -1,9 +1,9 @@
 #pragma once
 
-#include "OXMRenderPlugin.h"
+#include "OXMShadedRenderPlugin.h"
 
 // The renderer object of the class "OXMRaytracing::Volume::RenderPlugin": the volume ray tracer.
-class OXMRaytracingVolumeRenderPlugin : public OXMRenderPlugin
+class OXMRaytracingVolumeRenderPlugin : public OXMShadedRenderPlugin
 {
     OXM_SCENE_CLASS(OXMRaytracingVolumeRenderPlugin)
 

@@ -1,14 +1,8 @@
 #include "OXMRenderPlugin.h"
 
-#include "OXMSceneNames.h"
-
 OXM_SCENE_CLASS_IMPL(OXMRenderPlugin, "OXMRenderPlugin", OXMSceneObject)
 
-OXMRenderPlugin::OXMRenderPlugin()
-{
-    addSingle(OXMSceneNames::shadingModel(), OXM::Phong);
-    addSingle(OXM::SamplingDistance, 1.0f);
-}
+OXMRenderPlugin::OXMRenderPlugin() = default;
 
 OXMRenderPlugin::OXMRenderPlugin(const OXMRenderPlugin& other) : OXMRenderPlugin()
 {

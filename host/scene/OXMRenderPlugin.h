@@ -2,9 +2,8 @@
 
 #include "OXMSceneObject.h"
 
-// Base of the renderer objects linked by a volume's OXM::RenderPlugin. Properties:
-// "ShadingModel" (enum of the plug-in's namespace, default OXM::Phong) and
-// OXM::SamplingDistance (float, default 1.0).
+// Base of the renderer objects linked by a volume's OXM::RenderPlugin. It has no properties of
+// its own: each renderer class carries exactly the settings it has (OXMShadedRenderPlugin).
 class OXMRenderPlugin : public OXMSceneObject
 {
     OXM_SCENE_CLASS(OXMRenderPlugin)

@@ -18,6 +18,7 @@
 #include "OXMSampleTransferSpec.h"
 #include "OXMScene.h"
 #include "OXMSceneClass.h"
+#include "OXMShadedRenderPlugin.h"
 #include "OXMVolumeRenderObject.h"
 #include "OXMVolumeTransform.h"
 #include "OXWSceneManager.h"
@@ -75,6 +76,7 @@ bool OXMSceneNames::registerSceneClasses()
             OXMCamera::metaClass(),
             OXMOxm2RenderSettings::metaClass(),
             OXMRenderPlugin::metaClass(),
+            OXMShadedRenderPlugin::metaClass(),
             OXMRaytracingIsosurfaceRenderPlugin::metaClass(),
             OXMRaytracingVolumeRenderPlugin::metaClass(),
             OXMDDTexture3DRenderPlugin::metaClass(),

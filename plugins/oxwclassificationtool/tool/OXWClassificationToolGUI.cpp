@@ -603,7 +603,7 @@ void OXWClassificationToolGUI::iocCallback(OXMIOC::Message& message)
     } else if (mRenderMethodTable &&
                (is(mRenderMethodTable->mRenderPlugin) || is(mRenderMethodTable->mRenderSettings)) &&
                (property == OXM::SamplingDistance || property == OXMenum(ShadingModelName) ||
-                property == OXMenum(ShadingCountLimitName) ||
+                property == OXM::RenderingMode || property == OXMenum(ShadingCountLimitName) ||
                 property == OXMenum(SurfaceInvertedName))) {
         if (mListening) {
             startObjectInfoTimer();

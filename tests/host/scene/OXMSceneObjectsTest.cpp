@@ -190,23 +190,30 @@ TEST(OXMSceneObjects, ChannelsResolveReferencesAndMaterialCopiesRedirectThem)
     EXPECT_EQ(copy->getChannel(OXM::Opacity)->getParentLink().getOwner(), copy);
 }
 
-TEST(OXMSceneObjects, RenderPluginsAreCreatedByClassName)
+// Each renderer carries the settings of its class and no more: the camera ray tracer keeps
+// its shading and sampling distance in the camera's settings, the others on themselves.
+TEST(OXMSceneObjects, RenderPluginsAreCreatedByClassNameWithTheirOwnSettings)
 {
     OXMSceneNames::registerSceneClasses();
-    for (const char* name : {"OXMRaytracing::Isosurface::RenderPlugin",
-                             "OXMRaytracing::Volume::RenderPlugin", "OXMDDTexture3DRenderPlugin",
-                             "OXMDDTextureDefault3DRendererPlugin", "OXMOxm2RenderPlugin"}) {
+    const std::pair<const char*, bool> renderers[] = {
+        {"OXMRaytracing::Isosurface::RenderPlugin", true},
+        {"OXMRaytracing::Volume::RenderPlugin", true},
+        {"OXMDDTexture3DRenderPlugin", true},
+        {"OXMDDTextureDefault3DRendererPlugin", true},
+        {"OXMOxm2RenderPlugin", false}};
+    for (const auto& [name, shaded] : renderers) {
         OXMObjectRefPtr p(name);
         ASSERT_TRUE(p) << name;
         EXPECT_TRUE(p->prepareRoles());
         EXPECT_STREQ(p->getMetaClass()->getClassName(), name);
-        EXPECT_NE(p->getProperty(OXMSceneNames::shadingModel()), nullptr);
-        EXPECT_TRUE(p->setValue(OXM::SamplingDistance, 0.25f));
+        EXPECT_TRUE(p->isOfType("OXMRenderPlugin")) << name;
+        EXPECT_EQ(p->getProperty(OXMSceneNames::shadingModel()) != nullptr, shaded) << name;
+        EXPECT_EQ(p->setValue(OXM::SamplingDistance, 0.25f), shaded) << name;
         OXMObjectRefPtr other(name);
-        EXPECT_TRUE(other->copyProperty(p.get(), OXM::SamplingDistance));
+        EXPECT_EQ(other->copyProperty(p.get(), OXM::SamplingDistance), shaded) << name;
         float d = 0.0f;
         other->getValue(OXM::SamplingDistance, d);
-        EXPECT_EQ(d, 0.25f);
+        EXPECT_EQ(d, shaded ? 0.25f : 0.0f) << name;
     }
     EXPECT_EQ(OXMSceneNames::shadingModel(),
               OXMenum::find("ShadingModel", "oxwclassificationtool"));

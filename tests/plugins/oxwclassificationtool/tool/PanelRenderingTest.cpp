@@ -107,6 +107,43 @@ TEST_F(PanelRendering, AnotherRendererIsCreatedWithTheOldShadingAndDistance)
     EXPECT_EQ(plugin(), before);
 }
 
+// Each renderer object carries only the settings of its class, so the re-read finds the
+// shading where the row put it: every row reads back as itself.
+TEST_F(PanelRendering, EveryMethodReadsBackAsTheRowChosen)
+{
+    const QStringList rows = [this] {
+        QStringList texts;
+        for (int i = 0; i < methods()->count(); ++i) {
+            texts << methods()->itemText(i);
+        }
+        return texts;
+    }();
+    ASSERT_EQ(rows.size(), 10);
+    for (const QString& text : rows) {
+        choose(text);
+        reread();
+        EXPECT_EQ(methods()->currentText(), text);
+    }
+}
+
+// An undo of a shading change comes back as a change message and refills the combo box, for
+// a renderer with its own shading and for the camera ray tracer's settings.
+TEST_F(PanelRendering, UndoOfAShadingChangeShowsInTheComboBox)
+{
+    for (const auto& [from, to] :
+         {std::pair<const char*, const char*>{"Volume renderer (Phong)",
+                                              "Volume renderer (Scatter HQ)"},
+          std::pair<const char*, const char*>{"X-Ray", "Maximum Projection"}}) {
+        choose(QString::fromLatin1(from));
+        choose(QString::fromLatin1(to));
+        ASSERT_TRUE(settle());
+        const int reads = panel->objectInfoReadCount();
+        ASSERT_TRUE(app.undoStack()->undo());
+        ASSERT_TRUE(waitForReread(reads)) << to;
+        EXPECT_EQ(methods()->currentText(), QString::fromLatin1(from));
+    }
+}
+
 TEST_F(PanelRendering, OversamplingWritesTheInverseDistance)
 {
     auto* spin = widget<OXWSpinBox>("mOversamplingSpinBox");

@@ -8,7 +8,7 @@
 #include <OXMObjectPtr.h>
 #include <OXMObjectRefPtr.h>
 #include <OXMOxm2RenderSettings.h>
-#include <OXMRenderPlugin.h>
+#include <OXMRaytracingVolumeRenderPlugin.h>
 #include <OXMScene.h>
 #include <OXMSceneNames.h>
 #include <OXMSingleton.h>
@@ -231,7 +231,7 @@ TEST(RenderMethodTable, ItsPointersReportToOneListenerUntilCleared)
 
     std::vector<OXMObjectPtr> objects;
     for (int i = 0; i < 4; ++i) {
-        objects.emplace_back(new OXMRenderPlugin);
+        objects.emplace_back(new OXMRaytracingVolumeRenderPlugin);
     }
     auto touch = [&objects](float value) {
         for (OXMObjectPtr& o : objects) {
