@@ -355,11 +355,14 @@ void OXWClassificationToolGUI::followSelection()
         mSelectedObject = path.getLink(-1);
         if (bindRenderObject()) {
             if (path != mSelectionPath) {
+                // Another object shows its whole axis until the re-read restores the view
+                // stored with it; selecting writes nothing to the object.
                 mZoom = 1.0f;
                 mScroll = 0.0f;
                 updateScrollBar();
                 updateZoomButtons();
-                applyZoom();
+                applyZoomToModel();
+                startObjectInfoTimer();
             }
             mSelectionPath = path;
         } else {
@@ -682,9 +685,16 @@ void OXWClassificationToolGUI::applyZoom()
     if (!mObjectInfo) {
         return;
     }
-    mObjectInfo->setVisibleGreyRange(mScroll / 100.0f, mScroll / 100.0f + 1.0f / mZoom);
+    applyZoomToModel();
     updateVisibleOpacityArea();
     update();
+}
+
+void OXWClassificationToolGUI::applyZoomToModel()
+{
+    if (mObjectInfo) {
+        mObjectInfo->setVisibleGreyRange(mScroll / 100.0f, mScroll / 100.0f + 1.0f / mZoom);
+    }
 }
 
 bool OXWClassificationToolGUI::eventFilter(QObject* watched, QEvent* event)
@@ -1308,9 +1318,10 @@ void OXWClassificationToolGUI::updateObjectInfo()
     }
     readRenderingControls();
 
+    // The view read back is the view stored: nothing to write.
     updateScrollBar();
     updateZoomButtons();
-    applyZoom();
+    applyZoomToModel();
     mModelValid = true;
     update();
 }

@@ -52,7 +52,10 @@ public:
     void startAnalyzerTimer();
     void updateScrollBar();
     void updateZoomButtons();
+    // Shows the zoomed part of the axis in the model and writes it as the material's view.
     void applyZoom();
+    // Only shows it: re-reads and selections write nothing.
+    void applyZoomToModel();
 
     void iocCallback(OXMIOC::Message& message) override;
     bool eventFilter(QObject* watched, QEvent* event) override;

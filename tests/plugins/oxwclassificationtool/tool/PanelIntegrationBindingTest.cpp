@@ -222,6 +222,7 @@ TEST_F(PanelBinding, AnotherObjectResetsZoomAndScrollTheSamePathKeepsThem)
     const float scroll = panel->scroll();
     ASSERT_GT(zoom, 1.5f);
     ASSERT_FLOAT_EQ(scroll, 25.0f);
+    const std::pair<float, float> visible(model()->visibleGreyFrom(), model()->visibleGreyTo());
 
     // A selection message naming the bound path again.
     app.sendMessage(OXM::PropertyChanged, OXM::RenderObjectSelectionList);
@@ -232,6 +233,14 @@ TEST_F(PanelBinding, AnotherObjectResetsZoomAndScrollTheSamePathKeepsThem)
     EXPECT_FLOAT_EQ(panel->zoom(), zoom);
     EXPECT_FLOAT_EQ(panel->scroll(), scroll);
 
+    using Range = std::pair<float, float>;
+    const auto storedRange = [](OXMVolumeRenderObject* v) {
+        Range range(-1.0f, -1.0f);
+        v->getMaterial()->getValue(OXM::VisibleOpacityIndexRange, range);
+        return range;
+    };
+    const Range stored = storedRange(volume);
+    const Range stored16 = storedRange(sample.volume16);
     select({sample.volume16});
     EXPECT_EQ(panel->selectedObject(), sample.volume16);
     EXPECT_EQ(panel->selectionPath(), OXMObjectPath::fromObject(sample.volume16));
@@ -240,6 +249,16 @@ TEST_F(PanelBinding, AnotherObjectResetsZoomAndScrollTheSamePathKeepsThem)
     ASSERT_TRUE(settle());
     EXPECT_FLOAT_EQ(panel->zoom(), 1.0f);
     EXPECT_FLOAT_EQ(panel->scroll(), 0.0f);
+
+    // Selecting writes nothing: each material keeps its stored view, and the re-read after
+    // the reset shows the view stored with the object selected again.
+    select({volume});
+    EXPECT_FLOAT_EQ(panel->zoom(), 1.0f);
+    ASSERT_TRUE(settle());
+    EXPECT_EQ(storedRange(volume), stored);
+    EXPECT_EQ(storedRange(sample.volume16), stored16);
+    EXPECT_EQ(std::make_pair(model()->visibleGreyFrom(), model()->visibleGreyTo()), visible);
+    EXPECT_FLOAT_EQ(panel->scroll(), scroll);
 }
 
 TEST_F(PanelBinding, WithoutTheRightToEditThePanelIsDisabledAfterARepaint)
