@@ -54,6 +54,9 @@ const OXMRegisteredEnum SurfaceInvertedName("SurfaceInverted", false,
                                             OXWClassificationToolEnums::Namespace);
 const OXMRegisteredEnum PresetHandlerName("PresetClassificationHandler", false,
                                           OXWClassificationToolEnums::Namespace);
+// Registered for the host's volume-render presets; the panel itself does not read it.
+const OXMRegisteredEnum PresetVolumeRenderHandlerName("PresetVolumeRenderHandler", false,
+                                                      OXWClassificationToolEnums::Namespace);
 // The histogram result's grey-value range; a name of the host.
 const OXMRegisteredEnum DataRangeName("DataRange");
 
