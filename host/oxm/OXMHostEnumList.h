@@ -112,4 +112,5 @@
     X(Green)                                                                                       \
     X(Blue)                                                                                        \
     X(Alpha)                                                                                       \
-    X(AllowClassificationEdit)
+    X(AllowClassificationEdit)                                                                     \
+    X(ExtractGreyvalueInterval)

@@ -1,6 +1,7 @@
 #include "OXMRegionOfInterest.h"
 
 #include "OXMAction.h"
+#include "OXMGreyvalueIntervalExtractor.h"
 #include "OXMHistogram.h"
 #include "OXMHistogramCalculator.h"
 #include "OXMObjectPath.h"
@@ -41,6 +42,7 @@ OXMRegionOfInterest::OXMRegionOfInterest()
         return static_cast<OXMRegionOfInterest&>(self).initDefaults() ? OXM::NoError
                                                                       : OXM::GenericError;
     }));
+    addAction(OXMGreyvalueIntervalExtractor::createAction());
     prepareRoles();
 }
 

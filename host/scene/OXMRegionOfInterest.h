@@ -18,7 +18,8 @@ class OXMVolumeRenderObject;
 // "ShadingCountLimit", "SurfaceInverted", "MaskVersion" (int, a new unique number whenever the
 // mask changes) and "VoxelCount" (int, voxels in the mask).
 // Action OXM::Init adds a default material over the grey values of the region's voxels and a
-// histogram, each only when missing.
+// histogram, each only when missing. Action OXM::ExtractGreyvalueInterval makes a region or a
+// volume of the region's voxels of a grey-value interval (OXMGreyvalueIntervalExtractor).
 class OXMRegionOfInterest : public OXMSceneObject
 {
     OXM_SCENE_CLASS(OXMRegionOfInterest)

@@ -21,7 +21,6 @@
 #include "OXMShadedRenderPlugin.h"
 #include "OXMVolumeRenderObject.h"
 #include "OXMVolumeTransform.h"
-#include "OXWSceneManager.h"
 
 namespace {
 
@@ -82,7 +81,6 @@ bool OXMSceneNames::registerSceneClasses()
             OXMDDTexture3DRenderPlugin::metaClass(),
             OXMDDTextureDefault3DRendererPlugin::metaClass(),
             OXMOxm2RenderPlugin::metaClass(),
-            OXWSceneManager::metaClass(),
         };
         bool ok = true;
         for (const OXMMetaClass* m : metas)

@@ -1,6 +1,7 @@
 #include "OXMVolumeRenderObject.h"
 
 #include "OXMAction.h"
+#include "OXMGreyvalueIntervalExtractor.h"
 #include "OXMHistogram.h"
 #include "OXMObjectPath.h"
 #include "OXMObjectRefPtr.h"
@@ -34,6 +35,7 @@ OXMVolumeRenderObject::OXMVolumeRenderObject()
         return static_cast<OXMVolumeRenderObject&>(self).initDefaults() ? OXM::NoError
                                                                         : OXM::GenericError;
     }));
+    addAction(OXMGreyvalueIntervalExtractor::createAction());
     prepareRoles();
 }
 

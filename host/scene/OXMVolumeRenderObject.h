@@ -21,7 +21,9 @@ class OXMSampleMaterial;
 //   "SurfaceInverted" (enum, OXM::False) of the plug-in's namespace, and OXM::BoundingBox
 //   (pair of OXMVector3<float>: minimum and maximum corner, in object coordinates).
 // Its place in a scene is a link whose auxiliary object is an OXMVolumeTransform.
-// Action OXM::Init gives it what it lacks: material, histogram, render plug-in.
+// Action OXM::Init gives it what it lacks: material, histogram, render plug-in. Action
+// OXM::ExtractGreyvalueInterval makes a region or a volume of the voxels of a grey-value
+// interval (OXMGreyvalueIntervalExtractor).
 class OXMVolumeRenderObject : public OXMSceneObject
 {
     OXM_SCENE_CLASS(OXMVolumeRenderObject)

@@ -16,7 +16,6 @@
 #include "OXMVector2.h"
 #include "OXMVolumeRenderObject.h"
 #include "OXMVolumeTransform.h"
-#include "OXWSceneManager.h"
 
 #include <gtest/gtest.h>
 
@@ -262,46 +261,4 @@ TEST(OXMSceneObjects, SceneLinksTheRightsOfTheOpenFileAndTheirChangesAreHeard)
     EXPECT_TRUE(rights->setAllowClassificationEdit(false));
     EXPECT_FALSE(rights->getAllowClassificationEdit());
     EXPECT_EQ(counter.changes, 1);
-}
-
-TEST(OXMSceneObjects, SceneManagerAddsAndSelects)
-{
-    OXMObjectPtr sceneHold(new OXMScene);
-    auto* scene = static_cast<OXMScene*>(sceneHold.get());
-    OXMObjectPtr managerHold(new OXWSceneManager);
-    auto* manager = static_cast<OXWSceneManager*>(managerHold.get());
-    manager->setScene(scene);
-    std::vector<OXMObjectPath> hooked;
-    manager->setSelectionHook([&](const OXMObjectPath& p) { hooked.push_back(p); });
-
-    auto* volume = OXMVolumeRenderObject::create(rampGrid(), "CT");
-    auto* transform = new OXMVolumeTransform;
-    OXMObjectLink link(volume, transform);
-    link.setPropertyID(OXM::VolumeRenderObjectList);
-    ASSERT_TRUE(manager->addAndSelectObject(link, OXMObjectPath()));
-    EXPECT_EQ(volume->getRefCount(), 1);
-    ASSERT_EQ(hooked.size(), 1u);
-    const OXMObjectPath path = manager->getSelection();
-    EXPECT_EQ(path, hooked[0]);
-    EXPECT_EQ(path.getPathDepth(), 2);
-    EXPECT_EQ(path.getLink(0), scene);
-    EXPECT_EQ(path.getLink(-1), volume);
-    EXPECT_EQ(path.getAuxLink(-1), transform);
-    EXPECT_EQ(path.getPathElement(-1).getPropertyID(), OXM::VolumeRenderObjectList);
-    OXMObjectPath stored;
-    ASSERT_TRUE(volume->getValue(OXM::ScenePath, stored));
-    EXPECT_EQ(stored, path);
-    EXPECT_EQ(array<OXMObjectPath>(manager, OXM::RenderObjectSelectionList).size(), 1u);
-    EXPECT_TRUE(array<OXMObjectPath>(manager, OXM::RegionOfInterestSelectionList).empty());
-    // The transform carries origin and matrix.
-    EXPECT_NE(transform->getProperty(OXM::Origin), nullptr);
-    std::vector<float> matrix;
-    ASSERT_TRUE(transform->getValue(OXM::TransformMatrix, matrix));
-    EXPECT_EQ(matrix, OXMVolumeTransform::identity());
-    // A missing list property is refused.
-    OXMObjectLink bad(new OXMVolumeRenderObject);
-    bad.setPropertyID(OXM::Preset);
-    OXMObjectPtr badHold(bad.getLink());
-    EXPECT_FALSE(manager->addAndSelectObject(bad, path));
-    EXPECT_EQ(hooked.size(), 1u);
 }

@@ -1,0 +1,138 @@
+// The scene manager places new objects and selects them through the application's selection;
+// the extractor runs the objects' grey-value extraction with the status-bar progress.
+
+#include "OXWSceneManager.h"
+#include "OXWApplication.h"
+#include "OXWMainWindow.h"
+#include "OXWRoiAndVolumeExtractor.h"
+#include "OXWTaskProgress.h"
+#include "OXWUndoStack.h"
+
+#include <OXMObjectPath.h>
+#include <OXMObjectPtr.h>
+#include <OXMRegionOfInterest.h>
+#include <OXMSampleGrid.h>
+#include <OXMScene.h>
+#include <OXMScenePhantom.h>
+#include <OXMValueArrayPropertyIF.h>
+#include <OXMVolumeRenderObject.h>
+#include <OXMVolumeTransform.h>
+
+#include <QTimer>
+#include <QToolButton>
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+std::vector<OXMObjectPath> selection(const OXWApplication& app, OXMenum list)
+{
+    auto* a = OXMValueArrayPropertyIF<OXMObjectPath>::getInterface(app.getProperty(list));
+    return a ? a->getArray() : std::vector<OXMObjectPath>();
+}
+
+class OXWSceneManagerTest : public ::testing::Test
+{
+protected:
+    OXWSceneManagerTest()
+    {
+        manager->setScene(scene);
+        auto* grid = OXMScenePhantom::createGrid16(size);
+        volume = OXMVolumeRenderObject::create(grid, "CT");
+        OXMObjectLink link(volume, new OXMVolumeTransform);
+        link.setPropertyID(OXM::VolumeRenderObjectList);
+        manager->addAndSelectObject(link, OXMObjectPath());
+        volumePath = OXWSceneManager::getSelection();
+    }
+
+    int size = 24;
+    OXWApplication app;
+    OXMObjectPtr sceneHold{new OXMScene};
+    OXMScene* scene = static_cast<OXMScene*>(sceneHold.get());
+    OXMObjectPtr managerHold{new OXWSceneManager};
+    OXWSceneManager* manager = static_cast<OXWSceneManager*>(managerHold.get());
+    OXMVolumeRenderObject* volume = nullptr;
+    OXMObjectPath volumePath;
+};
+
+} // namespace
+
+TEST_F(OXWSceneManagerTest, PlacesAtTheTopAndSelectsInTheApplication)
+{
+    ASSERT_EQ(volumePath.getPathDepth(), 2);
+    EXPECT_EQ(volumePath.getLink(0), scene);
+    EXPECT_EQ(volumePath.getLink(-1), volume);
+    EXPECT_NE(volumePath.getAuxLink(-1), nullptr);
+    EXPECT_EQ(volume->getRefCount(), 1);
+    OXMObjectPath stored;
+    ASSERT_TRUE(volume->getValue(OXM::ScenePath, stored));
+    EXPECT_EQ(stored, volumePath);
+    EXPECT_EQ(selection(app, OXM::RenderObjectSelectionList),
+              std::vector<OXMObjectPath>{volumePath});
+    EXPECT_TRUE(selection(app, OXM::RegionOfInterestSelectionList).empty());
+
+    // A list property the parent lacks, or an empty link, is refused and changes nothing.
+    OXMObjectLink bad(new OXMVolumeRenderObject);
+    const OXMObjectPtr badHold(bad.getLink());
+    bad.setPropertyID(OXM::Preset);
+    EXPECT_FALSE(manager->addAndSelectObject(bad, volumePath));
+    EXPECT_FALSE(manager->addAndSelectObject(OXMObjectLink(), volumePath));
+    EXPECT_EQ(OXWSceneManager::getSelection(), volumePath);
+}
+
+// Inside a user action the insertion and the selection are one step: its undo takes the new
+// region out and selects the volume again, its redo brings both back.
+TEST_F(OXWSceneManagerTest, UndoOfAPlacementRemovesTheObjectAndRestoresTheSelection)
+{
+    OXMObject* roi = nullptr;
+    {
+        OXWApplication::UserActionScope action(QStringLiteral("Add region"));
+        roi = OXWRoiAndVolumeExtractor::createROIFromGreyvalueInterval(volumePath, OXM::Gray,
+                                                                       OXMInterval(1500, 2500));
+        ASSERT_NE(roi, nullptr);
+        OXMObjectLink link(roi);
+        link.setPropertyID(OXM::RegionOfInterestList);
+        ASSERT_TRUE(manager->addAndSelectObject(link, volumePath));
+    }
+    const OXMObjectPath roiPath = OXWSceneManager::getSelection();
+    EXPECT_EQ(roiPath.getLink(-1), roi);
+    EXPECT_EQ(roiPath.getPathDepth(), 3);
+    EXPECT_TRUE(selection(app, OXM::RenderObjectSelectionList).empty());
+    EXPECT_GT(static_cast<OXMRegionOfInterest*>(roi)->getMaskVoxelCount(), 0);
+
+    ASSERT_EQ(app.undoStack()->count(), 1);
+    ASSERT_TRUE(app.undoStack()->undo());
+    EXPECT_TRUE(volume->getLinks(OXM::RegionOfInterestList).empty());
+    EXPECT_EQ(OXWSceneManager::getSelection(), volumePath);
+    ASSERT_TRUE(app.undoStack()->redo());
+    EXPECT_EQ(OXWSceneManager::getSelection(), roiPath);
+    EXPECT_EQ(static_cast<OXMRegionOfInterest*>(roi)->getVolume(), volume);
+}
+
+// The extraction shows its progress in the status bar, and Cancel there stops it: no object.
+TEST(OXWRoiAndVolumeExtractorTest, CancelInTheStatusBarStopsTheExtraction)
+{
+    OXWApplication app;
+    OXWMainWindow window;
+    window.show();
+    OXMObjectPtr scene(new OXMScene);
+    // Several chunks of voxels per core, so that a report follows the click.
+    auto* volume = OXMVolumeRenderObject::create(OXMScenePhantom::createGrid16(200), "CT");
+    ASSERT_TRUE(static_cast<OXMScene*>(scene.get())->addVolume(volume));
+    bool clicked = false;
+    QTimer timer;
+    QObject::connect(&timer, &QTimer::timeout, [&clicked] {
+        if (QToolButton* cancel = OXWTaskProgress::cancelButton(); cancel && !clicked) {
+            clicked = true;
+            cancel->click();
+        }
+    });
+    timer.start(0);
+    EXPECT_EQ(OXWRoiAndVolumeExtractor::createVolumeRenderObjectFromGreyvalueInterval(
+                  OXMObjectPath::fromObject(volume), OXM::Gray, OXMInterval(0, 65535)),
+              nullptr);
+    EXPECT_TRUE(clicked);
+    EXPECT_EQ(OXWTaskProgress::progressBar(), nullptr);
+}
