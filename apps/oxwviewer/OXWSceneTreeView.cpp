@@ -21,7 +21,9 @@ public:
         }
         const OXMenum id = message.getPropertyID();
         if (mApplication) {
-            if (id == OXM::Scene)
+            const bool selection =
+                id == OXM::RenderObjectSelectionList || id == OXM::RegionOfInterestSelectionList;
+            if (id == OXM::Scene || (selection && !mView->mWritingSelection))
                 mView->scheduleRefresh();
             return;
         }
@@ -129,13 +131,35 @@ QTreeWidgetItem* OXWSceneTreeView::addItem(OXMObject* object, QTreeWidgetItem* p
     return item;
 }
 
+std::vector<OXMObjectWeakPtr> OXWSceneTreeView::selectionToRestore() const
+{
+    std::vector<OXMObjectWeakPtr> selected;
+    OXMObject* application = mApplication.get();
+    if (!application) {
+        for (OXMObject* o : getSelectedObjects())
+            selected.emplace_back(o);
+        return selected;
+    }
+    for (OXMenum id : {OXM::RenderObjectSelectionList, OXM::RegionOfInterestSelectionList}) {
+        auto* list =
+            OXMValueArrayPropertyIF<OXMObjectPath>::getInterface(application->getProperty(id));
+        for (const OXMObjectPath& path : list ? list->getArray() : std::vector<OXMObjectPath>())
+            selected.emplace_back(path.getLink(-1));
+    }
+    return selected;
+}
+
 void OXWSceneTreeView::refresh()
 {
     mTimer.stop();
-    std::vector<OXMObjectWeakPtr> selected;
-    for (OXMObject* o : getSelectedObjects())
-        selected.emplace_back(o);
-    const OXMObjectWeakPtr current(currentItem() ? objectForItem(currentItem()) : nullptr);
+    const std::vector<OXMObjectWeakPtr> selected = selectionToRestore();
+    OXMObjectWeakPtr current(currentItem() ? objectForItem(currentItem()) : nullptr);
+    const auto isSelected = [&selected](const OXMObject* o) {
+        return std::any_of(selected.begin(), selected.end(),
+                           [o](const OXMObjectWeakPtr& s) { return s.get() == o; });
+    };
+    if (!isSelected(current.get()))
+        current = selected.empty() ? nullptr : selected.front().get();
 
     mRebuilding = true;
     clear();
@@ -153,8 +177,10 @@ void OXWSceneTreeView::refresh()
                 addItem(region, item);
         item->setExpanded(true);
     }
-    if (QTreeWidgetItem* item = itemForObject(current.get()))
+    if (QTreeWidgetItem* item = itemForObject(current.get())) {
         setCurrentItem(item, 0, QItemSelectionModel::NoUpdate);
+        scrollToItem(item);
+    }
     for (const OXMObjectWeakPtr& o : selected)
         if (QTreeWidgetItem* item = itemForObject(o.get()))
             item->setSelected(true);
@@ -224,12 +250,14 @@ void OXWSceneTreeView::writeSelection()
     auto* regionList = OXMValueArrayPropertyIF<OXMObjectPath>::getInterface(
         application->getProperty(OXM::RegionOfInterestSelectionList));
     // Writes only what differs, in one batch of messages.
+    mWritingSelection = true;
     application->lock(OXM::PropertyMessage);
     if (volumeList && volumeList->getArray() != volumes)
         volumeList->setArray(volumes);
     if (regionList && regionList->getArray() != regions)
         regionList->setArray(regions);
     application->unlock(OXM::PropertyMessage);
+    mWritingSelection = false;
 }
 
 void OXWSceneTreeView::updateCurrent()

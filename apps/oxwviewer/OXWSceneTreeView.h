@@ -26,7 +26,8 @@ class OXMObject;
 // OXM::RegionOfInterestSelectionList, both in tree order, in one message batch and outside any
 // user action: the selection is view state, not an undoable edit. Then it emits
 // currentObjectChanged with the first selected object in tree order (null for none) when that
-// object changed. The view does not read the selection lists back.
+// object changed. A change of the lists made elsewhere (a tool selecting what it created, an
+// undo) rebuilds the tree with the objects the lists name selected.
 class OXWSceneTreeView : public QTreeWidget
 {
     Q_OBJECT
@@ -74,6 +75,9 @@ private:
     void listenTo(OXMObject* object);
     QTreeWidgetItem* addItem(OXMObject* object, QTreeWidgetItem* parent);
     void writeSelection();
+    // The objects to select after a rebuild: those of the application's selection lists (the
+    // tree's own selection without an application).
+    std::vector<OXMObjectWeakPtr> selectionToRestore() const;
     void updateCurrent();
 
     std::unique_ptr<Listener> mListener;
@@ -85,4 +89,5 @@ private:
     bool mHasCurrent = false;
     QTimer mTimer;
     bool mRebuilding = false;
+    bool mWritingSelection = false;
 };

@@ -190,3 +190,21 @@ TEST(OXWSceneTreeView, FollowsNamesNewVolumesAndRemovedObjects)
     EXPECT_EQ(tree.getCurrentObject(), nullptr);
     EXPECT_EQ(f.app.undoStack()->count(), 0);
 }
+
+// A tool that selects what it made, or an undo, writes the lists: the tree shows it.
+TEST(OXWSceneTreeView, FollowsTheSelectionListsWrittenElsewhere)
+{
+    Fixture f;
+    OXWSceneTreeView tree;
+    tree.setApplication(&f.app);
+    ASSERT_TRUE(tree.selectObject(f.sample.volume16));
+    CurrentSpy current(tree);
+    ASSERT_TRUE(setArray<OXMObjectPath>(&f.app, OXM::RenderObjectSelectionList, {}));
+    ASSERT_TRUE(setArray(&f.app, OXM::RegionOfInterestSelectionList,
+                         std::vector<OXMObjectPath>{OXMObjectPath::fromObject(f.roi)}));
+    ASSERT_TRUE(waitFor([&] { return tree.getCurrentObject() == f.roi; }));
+    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{f.roi}));
+    EXPECT_EQ(tree.currentItem(), tree.itemForObject(f.roi));
+    EXPECT_EQ(current.objects, (std::vector<OXMObject*>{f.roi}));
+    EXPECT_EQ(f.regions(), (std::vector<OXMObjectPath>{OXMObjectPath::fromObject(f.roi)}));
+}
