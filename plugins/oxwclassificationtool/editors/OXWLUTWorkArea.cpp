@@ -150,6 +150,11 @@ void OXWLUTWorkArea::buildMenus()
 
     mIntervalVisibleItem =
         mMenu->addAction(tr("Disable interval"), this, &OXWLUTWorkArea::intervalVisible);
+    // The interval's voxels as a new region of the selected object, or as a volume of their own.
+    mMenu->addAction(tr("Create ROI from gray value interval"), this,
+                     &OXWLUTWorkArea::createSegmentSlot);
+    mMenu->addAction(tr("Extract gray value interval"), this,
+                     &OXWLUTWorkArea::extractGreyvalueIntervalSlot);
     mMenu->addSeparator();
 
     mZoomMenu = new QMenu(tr("Zoom vertical"), mMenu);

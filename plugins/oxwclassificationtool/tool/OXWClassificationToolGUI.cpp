@@ -12,11 +12,13 @@
 #include <OXMLocalClassFlags.h>
 #include <OXMMetaClass.h>
 #include <OXMObject.h>
+#include <OXMObjectPtr.h>
 #include <OXMObjectRefPtr.h>
 #include <OXMRegisteredEnum.h>
 #include <OXMSingleton.h>
 #include <OXMTulvoRights.h>
 #include <OXMVector2.h>
+#include <OXMVector3.h>
 #include <OXWApplication.h>
 #include <OXWBlockSignalsScope.h>
 #include <OXWColorWidget.h>
@@ -24,6 +26,8 @@
 #include <OXWFileDialog.h>
 #include <OXWMainWindow.h>
 #include <OXWPresetHandler.h>
+#include <OXWRoiAndVolumeExtractor.h>
+#include <OXWSceneManager.h>
 #include <OXWSpinBox.h>
 #include <OXWTaskProgress.h>
 
@@ -1786,8 +1790,137 @@ void OXWClassificationToolGUI::volumeComponentModeSlot()
 }
 
 // --- extraction of grey-value intervals ------------------------------------------------------
-// Turning an interval into a new region or volume comes with the extraction itself; until then
-// the work area's two commands do nothing.
 
-void OXWClassificationToolGUI::createSegmentFromGreyvalueIntervalSlot(int) {}
-void OXWClassificationToolGUI::extractGreyvalueIntervalSlot(int) {}
+namespace {
+// The application's scene manager; null, reported, when its link names anything else.
+OXWSceneManager* sceneManager()
+{
+    OXMObject* object = linkedObject(application(), OXM::SceneManager);
+    auto* manager = dynamic_cast<OXWSceneManager*>(object);
+    if (!manager) {
+        OXMError::emitError(object, OXM::InvalidOperation,
+                            OXWClassificationToolGUI::tr("The scene manager is missing."));
+    }
+    return manager;
+}
+
+// The name of object's OXM::Name, empty when it has none.
+QString nameOf(const OXMObject* object)
+{
+    const char* name = nullptr;
+    return object && object->getValue(OXM::Name, name) && name ? QString::fromLocal8Bit(name)
+                                                               : QString();
+}
+
+// A copy of the placement of the volume at the path for a volume cut out of it: centred on the
+// new volume's bounding box, its transform locked when the source's is. Null on failure.
+OXMObjectPtr placementFor(const OXMObjectPath& volumePath, const OXMObject* volume)
+{
+    const OXMObject* source = volumePath.getAuxLink(-1);
+    OXMObjectPtr copy(source ? dynamic_cast<OXMObject*>(OXMMetaClass::clone(source)) : nullptr);
+    std::pair<OXMVector3<float>, OXMVector3<float>> box;
+    if (!copy || !copy->prepareRoles() || !volume->getValue(OXM::BoundingBox, box)) {
+        return OXMObjectPtr();
+    }
+    const OXMVector3<float>& lo = box.first;
+    const OXMVector3<float>& hi = box.second;
+    if (!(lo.x < hi.x && lo.y < hi.y && lo.z < hi.z)) {
+        return OXMObjectPtr();
+    }
+    copy->setValue(OXM::Origin, (lo + hi) / 2.0f);
+    const OXMProperty* transform = source->getProperty(OXM::TransformMatrix);
+    if (OXMProperty* copied = copy->getProperty(OXM::TransformMatrix);
+        copied && transform && transform->isLocked()) {
+        copied->lock();
+    }
+    return copy;
+}
+} // namespace
+
+bool OXWClassificationToolGUI::greyvalueInterval(int index, OXMInterval& interval) const
+{
+    const OXMObject* material = mMaterial.get();
+    const auto* borders = OXMValueArrayPropertyIF<int>::getInterface(
+        material ? material->getProperty(OXM::IntervalIndexList) : nullptr);
+    int first = 0;
+    int last = -1;
+    int pair[2] = {0, 0};
+    if (!borders || !borders->getArrayIndexRange(first, last) || index < first ||
+        index + 1 > last || !borders->getArrayItems(index, index + 1, pair)) {
+        return false;
+    }
+    interval = OXMInterval(pair[0], pair[1]);
+    return true;
+}
+
+QString OXWClassificationToolGUI::extractedVolumeName(int index, const OXMObjectPath& roiPath,
+                                                      const OXMObjectPath& volumePath) const
+{
+    const std::vector<QString> names = readNames(mMaterial.get());
+    QString name = index < int(names.size()) ? names[std::size_t(index)] : QString();
+    for (const OXMObjectPath* path : {&roiPath, &volumePath}) {
+        const QString of = path->isEmpty() ? QString() : nameOf(path->getLink(-1));
+        if (!of.isEmpty()) {
+            name += tr(" of ") + of;
+        }
+    }
+    return name;
+}
+
+void OXWClassificationToolGUI::createSegmentFromGreyvalueIntervalSlot(int index)
+{
+    OXWApplication::UserActionScope action(tr("create ROI from gray value interval"));
+    const OXMObjectPath path = mSelectionPath;
+    OXMInterval interval;
+    if (!mInputChannel || !greyvalueInterval(index, interval)) {
+        return;
+    }
+    const OXMObjectPtr roi(OXWRoiAndVolumeExtractor::createROIFromGreyvalueInterval(
+        path, mInputChannel->getID(), interval));
+    OXWSceneManager* manager = roi ? sceneManager() : nullptr;
+    if (!manager) {
+        return;
+    }
+    OXMObjectLink link(roi.get());
+    link.setPropertyID(OXM::RegionOfInterestList);
+    if (manager->addAndSelectObject(link, path)) {
+        roi->execute(OXM::Init);
+    }
+}
+
+void OXWClassificationToolGUI::extractGreyvalueIntervalSlot(int index)
+{
+    OXWApplication::UserActionScope action(tr("extract gray value interval"));
+    const OXMObjectPath path = mSelectionPath;
+    const OXMObject* last = path.getLink(-1);
+    OXMObjectPath volumePath = path;
+    OXMObjectPath roiPath;
+    if (last && last->isOfType("OXMRegionOfInterest")) {
+        roiPath = path;
+        volumePath.truncate(0, -2);
+    } else if (!last || !last->isOfType("OXMVolumeRenderObject")) {
+        return;
+    }
+    OXMInterval interval;
+    if (!mInputChannel || !greyvalueInterval(index, interval)) {
+        return;
+    }
+    const OXMObjectPtr volume(
+        OXWRoiAndVolumeExtractor::createVolumeRenderObjectFromGreyvalueInterval(
+            path, mInputChannel->getID(), interval));
+    if (!volume) {
+        return;
+    }
+    const QByteArray name = extractedVolumeName(index, roiPath, volumePath).toLocal8Bit();
+    volume->setValue(OXM::Name, name.constData());
+    const OXMObjectPtr placement = placementFor(volumePath, volume.get());
+    OXWSceneManager* manager = placement ? sceneManager() : nullptr;
+    if (!manager) {
+        return;
+    }
+    OXMObjectLink link(volume.get(), placement.get());
+    link.setPropertyID(OXM::VolumeRenderObjectList);
+    OXMObjectPath parent = volumePath;
+    parent.truncate(0, -2);
+    manager->addAndSelectObject(link, parent);
+}

@@ -3,6 +3,7 @@
 #include "OXWClassificationToolGUIUI.h"
 
 #include <OXMIOC.h>
+#include <OXMInterval.h>
 #include <OXMObjectIOCPtr.h>
 #include <OXMObjectPath.h>
 #include <OXMRGBf.h>
@@ -166,6 +167,13 @@ private:
     void writeHandleList(OXMObject* object, const std::vector<OXMVector2<float>>& handles,
                          bool& ok);
     OXMObject* parentOwner(OXMObject* object) const;
+    // The border pair (b(i), b(i+1)) of interval i of the material; false when there is no
+    // such interval.
+    bool greyvalueInterval(int index, OXMInterval& interval) const;
+    // The name of a volume cut out of interval i: the interval's name, then " of " and the name
+    // of the region and of the volume it comes from, each when it has one.
+    QString extractedVolumeName(int index, const OXMObjectPath& roiPath,
+                                const OXMObjectPath& volumePath) const;
 
     QTimer* mUpdateObjectInfoTimer = nullptr;
     QTimer* mUpdateAnalyzerTimer = nullptr;
