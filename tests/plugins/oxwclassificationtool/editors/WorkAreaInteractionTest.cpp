@@ -5,6 +5,7 @@
 #include <OXWOverrideCursor.h>
 
 #include <QBitmap>
+#include <QFontMetrics>
 #include <QLineEdit>
 #include <QSignalSpy>
 
@@ -374,7 +375,9 @@ TEST(WorkAreaDrag, MiddleClickInsertsAHandleAndDragsIt)
 {
     WorkAreaFixture f;
     QSignalSpy opacity(f.workArea, &OXWLUTWorkArea::objectOpacityChanged);
-    const QPoint start = f.widgetPoint(80, 20);
+    // Just below the line of the interval's name, whose box answers HoverName.
+    const int row = QFontMetrics(f.workArea->font()).height() + 4;
+    const QPoint start = f.widgetPoint(80, row);
     f.move(start);
     ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverInside);
     f.press(start, Qt::MiddleButton);
@@ -383,7 +386,7 @@ TEST(WorkAreaDrag, MiddleClickInsertsAHandleAndDragsIt)
     EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressHandle);
     EXPECT_EQ(f.workArea->currentHandle(), 1);
     EXPECT_FLOAT_EQ(handleX(f, 0, 1), cellCentre(f, 8));
-    EXPECT_NEAR(handleY(f, 0, 1), f.workArea->heightFromPixel(20), 1e-5f);
+    EXPECT_NEAR(handleY(f, 0, 1), f.workArea->heightFromPixel(row), 1e-5f);
     f.move(start + QPoint(20, 0));
     EXPECT_FLOAT_EQ(handleX(f, 0, 1), cellCentre(f, 10));
     EXPECT_EQ(opacity.count(), 2);

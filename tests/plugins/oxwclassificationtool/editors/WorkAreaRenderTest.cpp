@@ -50,6 +50,20 @@ int runWidth(const QImage& image, int x, int y, QRgb colour)
     return right - left + 1;
 }
 
+// The box of the full-strength pixels of text drawn in the font into the rectangle of a
+// picture of the buffer's size: where the widget, drawing with the same font, puts them.
+QRect inkBox(const WorkAreaFixture& f, const QFont& font, const QRect& rect, const QString& text)
+{
+    QPixmap probe(f.workArea->buffer().size());
+    probe.fill(f.workArea->palette().color(QPalette::Window));
+    QPainter painter(&probe);
+    painter.setFont(font);
+    painter.setPen(QColor(255, 0, 0));
+    painter.drawText(rect, Qt::AlignCenter | Qt::TextWordWrap, text);
+    painter.end();
+    return boxOf(probe.toImage(), qRgb(255, 0, 0));
+}
+
 // The red headline as the widget's message screen draws it: bold, centred half a line above
 // the middle of the buffer.
 QRect expectedHeadline(const WorkAreaFixture& f, const QString& text)
@@ -57,16 +71,8 @@ QRect expectedHeadline(const WorkAreaFixture& f, const QString& text)
     const QFont base = f.workArea->font();
     QFont bold = base;
     bold.setWeight(75);
-    QPixmap probe(f.workArea->buffer().size());
-    probe.fill(f.workArea->palette().color(QPalette::Window));
-    QPainter painter(&probe);
-    painter.setFont(bold);
-    painter.setPen(QColor(255, 0, 0));
     const int half = QFontMetrics(base).height() / 2;
-    painter.drawText(QRect(QPoint(0, -half), probe.size()), Qt::AlignCenter | Qt::TextWordWrap,
-                     text);
-    painter.end();
-    return boxOf(probe.toImage(), qRgb(255, 0, 0));
+    return inkBox(f, bold, QRect(QPoint(0, -half), f.workArea->buffer().size()), text);
 }
 
 // The bounding box of the pixels that differ from the background within the rows and columns.
@@ -220,26 +226,25 @@ TEST(WorkAreaRender, DisabledIntervalIsGreyedWithALabel)
     EXPECT_EQ(image.pixel(40, 90), qRgb(163, 163, 163));
     EXPECT_EQ(enabled.pixel(40, 30), qRgb(255, 255, 255));
     EXPECT_EQ(enabled.pixel(40, 90), qRgb(204, 204, 204));
-    // The name in (102, 102, 102) and "(disabled)" below it (the columns of the rotated axis
-    // title at the left edge are left out).
+    // The name in (102, 102, 102) on its line of the 9-point font, and "(disabled)" on the
+    // line below (the columns of the rotated axis title at the left edge are left out).
+    QFont nameFont = f.workArea->font();
+    nameFont.setPointSize(9);
+    const QFontMetrics metrics(nameFont);
+    const int lineHeight = metrics.height();
     const QRect name = boxOf(image, qRgb(102, 102, 102));
     ASSERT_FALSE(name.isNull());
     ASSERT_FALSE(enabledName.isNull());
     EXPECT_EQ(name.top(), enabledName.top());
-    QFont nameFont = f.workArea->font();
-    nameFont.setPointSize(9);
-    const int lineHeight = QFontMetrics(nameFont).height();
-    EXPECT_GT(name.bottom(), enabledName.top() + lineHeight);
-    const int labelWidth =
-        QFontMetrics(nameFont).boundingRect(QStringLiteral("(disabled)")).width();
-    const QRect label =
-        boxNot(image, qRgb(204, 204, 204), QRect(20, enabledName.bottom() + 2, 120, lineHeight));
+    EXPECT_LT(enabledName.bottom(), lineHeight);
+    EXPECT_GE(name.bottom(), lineHeight);
+    EXPECT_LT(name.bottom(), 2 * lineHeight);
+    const QRect secondLine(20, lineHeight, 120, lineHeight);
+    const QRect label = boxNot(image, qRgb(204, 204, 204), secondLine);
     ASSERT_FALSE(label.isNull());
-    EXPECT_NEAR(label.width(), labelWidth, 3);
+    EXPECT_NEAR(label.width(), metrics.boundingRect(QStringLiteral("(disabled)")).width(), 3);
     EXPECT_NEAR(label.center().x(), 80, 3);
-    EXPECT_TRUE(
-        boxNot(enabled, qRgb(255, 255, 255), QRect(20, enabledName.bottom() + 2, 120, lineHeight))
-            .isNull());
+    EXPECT_TRUE(boxNot(enabled, qRgb(255, 255, 255), secondLine).isNull());
 }
 
 TEST(WorkAreaRender, BlueLeftBorders)
@@ -329,8 +334,8 @@ TEST(WorkAreaRender, CalculationInProgressAndAborted)
     const QRgb text = f.workArea->palette().color(QPalette::WindowText).rgb();
     const QRect written = boxOf(during, text);
     ASSERT_FALSE(written.isNull());
-    EXPECT_NEAR(written.center().y(), 50, 4);
-    EXPECT_NEAR(written.center().x(), 80, 4);
+    EXPECT_EQ(written, inkBox(f, f.workArea->font(), QRect(QPoint(), during.size()),
+                              QStringLiteral("calculation in progress...")));
     EXPECT_TRUE(timer->isActive());
 
     // An aborted calculation only restarts the timer.
