@@ -1,5 +1,8 @@
 // main() of the test programs that need a QApplication: widgets, pixmaps, fonts, cursors.
-// Runs on the offscreen platform unless the environment chooses another.
+// Runs on the offscreen platform unless the environment chooses another, in the private
+// surroundings of OXWTestEnvironment.h.
+
+#include "OXWTestEnvironment.h"
 
 #include <QApplication>
 
@@ -20,6 +23,9 @@ extern "C" const char* __lsan_default_suppressions()
 
 int main(int argc, char** argv)
 {
+    if (!oxwtest::enterPrivateEnvironment()) {
+        return 1;
+    }
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
     }
