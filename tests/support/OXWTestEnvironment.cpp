@@ -42,6 +42,7 @@ bool oxwtest::enterPrivateEnvironment()
             return false;
         }
     }
+    qputenv("FONTCONFIG_FILE", OXW_TEST_FONTCONFIG_FILE);
     qputenv("LC_ALL", "C.UTF-8");
     qunsetenv("LANGUAGE");
     return true;
