@@ -7,11 +7,13 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QLocale>
 
 #include <gtest/gtest.h>
 
 #include <clocale>
 #include <cmath>
+#include <string>
 
 using namespace colortabletest;
 
@@ -129,17 +131,13 @@ TEST(ColorTableText, OneLinePerHandleWithSixDecimalsInHandleOrder)
 
 TEST(ColorTableText, NumbersDoNotFollowTheUserLocale)
 {
-    const char* locales[] = {"de_DE.UTF-8", "de_DE.utf8", "fr_FR.UTF-8", "fr_FR.utf8"};
-    const char* chosen = nullptr;
-    for (const char* name : locales) {
-        if (std::setlocale(LC_ALL, name)) {
-            chosen = name;
-            break;
-        }
-    }
-    if (!chosen) {
-        GTEST_SKIP() << "no locale with a decimal comma installed";
-    }
+    // German numbers have a decimal comma, in C (scripts/install-deps.sh generates the locale)
+    // and in Qt.
+    const std::string previous = std::setlocale(LC_ALL, nullptr);
+    const QLocale previousQt;
+    ASSERT_NE(std::setlocale(LC_ALL, "de_DE.UTF-8"), nullptr) << "run scripts/install-deps.sh";
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    const std::string decimalPoint = std::localeconv()->decimal_point;
     const Table table = makeTable({{0.5f, 1.5f, 2.5f, 3.5f}, {1.0f, 4.0f, 5.0f, 6.0f}});
     const QByteArray text = File::textContents(table);
     Table read;
@@ -147,7 +145,9 @@ TEST(ColorTableText, NumbersDoNotFollowTheUserLocale)
     QBuffer buffer(&copy);
     buffer.open(QIODevice::ReadOnly);
     const bool ok = File::readText(buffer, read);
-    std::setlocale(LC_ALL, "C");
+    std::setlocale(LC_ALL, previous.c_str());
+    QLocale::setDefault(previousQt);
+    EXPECT_EQ(decimalPoint, ",");
     EXPECT_TRUE(text.contains("0.500000 1.500000 2.500000 3.500000\n")) << text.constData();
     ASSERT_TRUE(ok);
     EXPECT_EQ(read.red, table.red);
