@@ -1,5 +1,6 @@
 #include "OXWLUTColorBar.h"
 
+#include "OXWClassificationToolEnums.h"
 #include "OXWLUTColorTableFile.h"
 #include "OXWLUTObjectInfo.h"
 
@@ -35,13 +36,12 @@ constexpr int kGreen = OXWLUTIntervalInfo::GreenChannel;
 constexpr int kBlue = OXWLUTIntervalInfo::BlueChannel;
 constexpr int kColourChannels[3] = {kRed, kGreen, kBlue};
 
-// The dialog identity of the colour table import and export.
-OXMenum exportColorIdentity()
-{
-    static const OXMRegisteredEnum identity("ExportClassificationColor", false,
-                                            "oxwclassificationtool");
-    return identity;
-}
+// The names of the colour table import and export, registered when the library is loaded.
+// Both file dialogs have the export's identity, so they share the remembered directory.
+const OXMRegisteredEnum ExportClassificationColor("ExportClassificationColor", false,
+                                                  OXWClassificationToolEnums::Namespace);
+const OXMRegisteredEnum ImportClassificationColor("ImportClassificationColor", false,
+                                                  OXWClassificationToolEnums::Namespace);
 
 // The colour clipboard, shared by all colour bars of the process.
 OXWLUTIntervalInfo::HandleList (&clipboardLists())[3]
@@ -1183,7 +1183,7 @@ void OXWLUTColorBar::exportIntervalColor()
                               File::filter(File::Format::Palette)};
     QString selected;
     const QString fileName = OXWFileDialog::getSaveFileName(
-        exportColorIdentity(), OXWApplication::parsePath(QStringLiteral("${USER_DOCUMENTS}")),
+        ExportClassificationColor, OXWApplication::parsePath(QStringLiteral("${USER_DOCUMENTS}")),
         filters, OXWMainWindow::getInstance(), nullptr, tr("Save color settings to..."), &selected,
         true, true);
     if (fileName.isEmpty()) {
@@ -1203,7 +1203,7 @@ void OXWLUTColorBar::importIntervalColor()
                               File::filter(File::Format::Palette)};
     QString selected;
     const QString fileName = OXWFileDialog::getOpenFileName(
-        exportColorIdentity(), OXWApplication::parsePath(QStringLiteral("${USER_DOCUMENTS}")),
+        ExportClassificationColor, OXWApplication::parsePath(QStringLiteral("${USER_DOCUMENTS}")),
         filters, OXWMainWindow::getInstance(), nullptr, tr("Open project..."), &selected, true);
     OXWLUTIntervalInfo* interval = currentInterval();
     if (fileName.isEmpty() || !interval) {
