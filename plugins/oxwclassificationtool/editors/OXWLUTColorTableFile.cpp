@@ -1,7 +1,9 @@
 #include "OXWLUTColorTableFile.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QIODevice>
 
 #include <algorithm>
@@ -19,11 +21,59 @@ using Table = OXWLUTColorTableFile::Table;
 
 const char TextHeader[] = "; Color look up table\n\n";
 
-// A text file with more entries than this, or larger than this, is no colour table of an
-// interval (an interval never has more handles than the grey-value axis has cells): it is
+// A text file with more entries than this, or larger than MaxFileSize, is no colour table of
+// an interval (an interval never has more handles than the grey-value axis has cells): it is
 // refused rather than handed to the model.
 constexpr int MaxTextEntries = 1 << 20;
-constexpr qint64 MaxTextBytes = qint64(256) << 20;
+
+QString translated(const char* text)
+{
+    return QCoreApplication::translate("OXWLUTColorBar", text);
+}
+
+// The end of an operation on a named file: true when there is no reason against it, otherwise
+// false and, when asked for, the line "<file>: <reason>" for the user's log.
+bool outcome(const QString& reason, const QString& fileName, QString* refusal)
+{
+    if (refusal) {
+        *refusal = reason.isEmpty()
+                       ? QString()
+                       : QDir::toNativeSeparators(fileName) + QStringLiteral(": ") + reason;
+    }
+    return reason.isEmpty();
+}
+
+// Opens a named file for reading unless it is no regular file or too large: the reason then.
+QString openForReading(QFile& file)
+{
+    const QFileInfo info(file.fileName());
+    if (!info.exists()) {
+        return translated(QT_TRANSLATE_NOOP("OXWLUTColorBar", "no such file"));
+    }
+    if (!info.isFile()) {
+        return translated(QT_TRANSLATE_NOOP("OXWLUTColorBar", "not a regular file"));
+    }
+    if (info.size() > OXWLUTColorTableFile::MaxFileSize) {
+        return translated(QT_TRANSLATE_NOOP("OXWLUTColorBar", "larger than %1 bytes"))
+            .arg(OXWLUTColorTableFile::MaxFileSize);
+    }
+    if (!file.open(QIODevice::ReadOnly)) {
+        return translated(QT_TRANSLATE_NOOP("OXWLUTColorBar", "cannot open: %1"))
+            .arg(file.errorString());
+    }
+    return QString();
+}
+
+QString noCompleteTable()
+{
+    return translated(QT_TRANSLATE_NOOP("OXWLUTColorBar", "no complete colour table"));
+}
+
+QString cannotWrite(const QFile& file)
+{
+    return translated(QT_TRANSLATE_NOOP("OXWLUTColorBar", "cannot write: %1"))
+        .arg(file.errorString());
+}
 
 bool isBlank(char c)
 {
@@ -255,10 +305,15 @@ bool OXWLUTColorTableFile::write(QIODevice& device, const Table& table, Format f
     return device.write(contents) == contents.size();
 }
 
-bool OXWLUTColorTableFile::write(const QString& fileName, const Table& table, Format format)
+bool OXWLUTColorTableFile::write(const QString& fileName, const Table& table, Format format,
+                                 QString* refusal)
 {
-    if (fileName.isEmpty() || !isWritable(table)) {
-        return false;
+    if (!isWritable(table)) {
+        return outcome(noCompleteTable(), fileName, refusal);
+    }
+    if (fileName.isEmpty()) {
+        return outcome(translated(QT_TRANSLATE_NOOP("OXWLUTColorBar", "no file name")), fileName,
+                       refusal);
     }
     QFile file(fileName);
     QIODevice::OpenMode mode = QIODevice::WriteOnly | QIODevice::Truncate;
@@ -266,11 +321,12 @@ bool OXWLUTColorTableFile::write(const QString& fileName, const Table& table, Fo
         mode |= QIODevice::Text; // the platform's line ends
     }
     if (!file.open(mode)) {
-        return false;
+        return outcome(cannotWrite(file), fileName, refusal);
     }
     const bool written = write(file, table, format);
     file.close();
-    return written && file.error() == QFileDevice::NoError;
+    const bool ok = written && file.error() == QFileDevice::NoError;
+    return outcome(ok ? QString() : cannotWrite(file), fileName, refusal);
 }
 
 OXWLUTColorTableFile::Table OXWLUTColorTableFile::tableOf(const OXWLUTIntervalInfo& interval)
@@ -283,12 +339,11 @@ OXWLUTColorTableFile::Table OXWLUTColorTableFile::tableOf(const OXWLUTIntervalIn
 }
 
 bool OXWLUTColorTableFile::exportInterval(const OXWLUTIntervalInfo& interval,
-                                          const QString& fileName, Format format)
+                                          const QString& fileName, Format format, QString* refusal)
 {
-    if (fileName.isEmpty() || interval.handles(OXWLUTIntervalInfo::RedChannel).size() < 2) {
-        return false;
-    }
-    return write(withExtension(fileName, format), tableOf(interval), format);
+    // An empty name would write the bare extension into the working directory.
+    const QString target = fileName.isEmpty() ? fileName : withExtension(fileName, format);
+    return write(target, tableOf(interval), format, refusal);
 }
 
 // --- Reading -------------------------------------------------------------------------------
@@ -340,7 +395,7 @@ bool OXWLUTColorTableFile::readText(QIODevice& device, Table& table)
     qint64 length = 0;
     while ((length = device.readLine(piece, sizeof piece)) > 0) {
         total += length;
-        if (total > MaxTextBytes) {
+        if (total > MaxFileSize) {
             table.clear();
             return false;
         }
@@ -364,12 +419,7 @@ bool OXWLUTColorTableFile::readText(QIODevice& device, Table& table)
 
 bool OXWLUTColorTableFile::readText(const QString& fileName, Table& table)
 {
-    table.clear();
-    QFile file(fileName);
-    if (fileName.isEmpty() || !file.open(QIODevice::ReadOnly)) {
-        return false;
-    }
-    return readText(file, table);
+    return read(fileName, Format::Text, table);
 }
 
 bool OXWLUTColorTableFile::readPalette(QIODevice& device, Table& table)
@@ -410,12 +460,7 @@ bool OXWLUTColorTableFile::readPalette(QIODevice& device, Table& table)
 
 bool OXWLUTColorTableFile::readPalette(const QString& fileName, Table& table)
 {
-    table.clear();
-    QFile file(fileName);
-    if (fileName.isEmpty() || !file.open(QIODevice::ReadOnly)) {
-        return false;
-    }
-    return readPalette(file, table);
+    return read(fileName, Format::Palette, table);
 }
 
 bool OXWLUTColorTableFile::read(QIODevice& device, Format format, Table& table)
@@ -423,9 +468,16 @@ bool OXWLUTColorTableFile::read(QIODevice& device, Format format, Table& table)
     return format == Format::Palette ? readPalette(device, table) : readText(device, table);
 }
 
-bool OXWLUTColorTableFile::read(const QString& fileName, Format format, Table& table)
+bool OXWLUTColorTableFile::read(const QString& fileName, Format format, Table& table,
+                                QString* refusal)
 {
-    return format == Format::Palette ? readPalette(fileName, table) : readText(fileName, table);
+    table.clear();
+    QFile file(fileName);
+    QString reason = openForReading(file);
+    if (reason.isEmpty() && !read(file, format, table)) {
+        reason = noCompleteTable();
+    }
+    return outcome(reason, fileName, refusal);
 }
 
 // --- Import --------------------------------------------------------------------------------

@@ -19,8 +19,13 @@ class QIODevice;
 //
 // Reading is lenient and never trusts the file: a reader either delivers a complete, valid
 // table (at least one entry, every number finite) or nothing, and nothing reaches an interval
-// unless a complete table was read. All user-visible strings are translated in the colour
-// bar's context, "OXWLUTColorBar".
+// unless a complete table was read. Only regular files are opened by name: a pipe would block
+// the open until a writer comes, a device such as /dev/zero would never end.
+//
+// Refusals: the operations on named files take an optional QString* refusal that receives,
+// when they fail, one line for the user's log naming the file and the reason ("<file>: not a
+// regular file", "<file>: no complete colour table", "<file>: cannot write: <system reason>").
+// All user-visible strings are translated in the colour bar's context, "OXWLUTColorBar".
 class OXWLUTColorTableFile
 {
 public:
@@ -49,6 +54,9 @@ public:
     static constexpr int PaletteSize = 3 * PaletteEntries;
     // A text line is judged in pieces of at most this many characters.
     static constexpr int MaxPieceLength = 4094;
+    // No colour table file is larger (an interval never has more handles than the grey-value
+    // axis has cells): a named file above it is refused unread, a device read up to it only.
+    static constexpr qint64 MaxFileSize = qint64(256) << 20;
     // Largest minus smallest colour value below this: the values are fractions of one.
     static constexpr double FractionSpan = 1.001;
     static constexpr float MaxValue = 255.5f;
@@ -79,13 +87,14 @@ public:
     // is not writable (the file is then not touched), the file cannot be opened or a write
     // fails.
     static bool write(QIODevice& device, const Table& table, Format format);
-    static bool write(const QString& fileName, const Table& table, Format format);
+    static bool write(const QString& fileName, const Table& table, Format format,
+                      QString* refusal = nullptr);
     // The fitted red, green and blue handles of an interval.
     static Table tableOf(const OXWLUTIntervalInfo& interval);
     // Export an interval's colours: withExtension, then write. False, and no file touched,
-    // when the name is empty or the interval's red curve has fewer than two handles.
+    // when the name is empty or the interval's curves are not writable.
     static bool exportInterval(const OXWLUTIntervalInfo& interval, const QString& fileName,
-                               Format format);
+                               Format format, QString* refusal = nullptr);
 
     // --- Reading -----------------------------------------------------------------------------
 
@@ -93,13 +102,15 @@ public:
     // complete, valid table was read (at least one entry); otherwise the table is left empty.
     // Values and positions are delivered as found in the file (see fitPositions and
     // applyFractionRule for what the import makes of them); a palette entry i has the
-    // position i / 256. A longer palette file gives its first 768 bytes.
+    // position i / 256. A longer palette file gives its first 768 bytes. A named file that is
+    // no regular file or larger than MaxFileSize is refused before it is opened.
     static bool readText(QIODevice& device, Table& table);
     static bool readText(const QString& fileName, Table& table);
     static bool readPalette(QIODevice& device, Table& table);
     static bool readPalette(const QString& fileName, Table& table);
     static bool read(QIODevice& device, Format format, Table& table);
-    static bool read(const QString& fileName, Format format, Table& table);
+    static bool read(const QString& fileName, Format format, Table& table,
+                     QString* refusal = nullptr);
 
     // One piece of a text line (at most MaxPieceLength characters, without the terminating
     // zero): true and the four numbers when it is an entry.
@@ -126,7 +137,7 @@ public:
     // The whole import into an interval: read, sort, fit with the column width, values,
     // setReferenceHandles of the red, green and blue channels (the model fits the lists to
     // the interval). Returns whether the interval changed; nothing changes unless a complete,
-    // valid table was read, and the caller reports a change only when this is true.
+    // valid table was read.
     static bool importIntoInterval(OXWLUTIntervalInfo& interval, QIODevice& device, Format format,
                                    float columnWidth);
     static bool importIntoInterval(OXWLUTIntervalInfo& interval, const QString& fileName,
