@@ -1209,13 +1209,15 @@ void OXWLUTColorBar::importIntervalColor()
     if (fileName.isEmpty() || !interval) {
         return;
     }
-    const float columnWidth =
-        File::columnWidth(*interval, positionFromColumn(0), positionFromColumn(1));
-    if (File::importIntoInterval(*interval, fileName, File::formatFromFilter(selected),
-                                 columnWidth)) {
-        emit objectColorChanged();
-        redraw();
+    File::Table table;
+    if (!File::read(fileName, File::formatFromFilter(selected), table)) {
+        return;
     }
+    // Every table read is reported, also one equal to the curves the interval has.
+    File::importTable(*interval, std::move(table),
+                      File::columnWidth(*interval, positionFromColumn(0), positionFromColumn(1)));
+    emit objectColorChanged();
+    redraw();
 }
 
 // --- Presets ----------------------------------------------------------------------------------

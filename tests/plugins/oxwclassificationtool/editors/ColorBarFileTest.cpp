@@ -1,6 +1,6 @@
 // Colour table import and export through the bar's slots: the dialogs (answered through the
 // file dialog's test seam), the chosen filter deciding the format and the extension, and the
-// signal only after a complete import. The file formats themselves are tested with
+// signal after every complete import. The file formats themselves are tested with
 // OXWLUTColorTableFile.
 
 #include "ColorBarTestSupport.h"
@@ -89,7 +89,7 @@ TEST_F(ColorBarFile, ACancelledExportWritesNothing)
     EXPECT_TRUE(QDir(files.path()).entryList(QDir::Files).isEmpty());
 }
 
-TEST_F(ColorBarFile, AnImportEmitsOnlyWhenATableWasRead)
+TEST_F(ColorBarFile, AnImportEmitsAfterEveryTableRead)
 {
     QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
     // Cancelled.
@@ -120,6 +120,11 @@ TEST_F(ColorBarFile, AnImportEmitsOnlyWhenATableWasRead)
     EXPECT_FLOAT_EQ(interval().handles(kBlue)[1].y, 130.0f);
     // The bar shows it.
     EXPECT_EQ(bar->colorTable()[0].g, 20);
+
+    // The same table again changes nothing, and is reported all the same.
+    OXWFileDialog::queueTestAnswer({path("two.lut"), kLut});
+    bar->importIntervalColor();
+    EXPECT_EQ(changed.count(), 2);
 }
 
 TEST_F(ColorBarFile, AShortPaletteChangesNothing)
