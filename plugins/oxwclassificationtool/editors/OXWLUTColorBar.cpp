@@ -4,6 +4,7 @@
 #include "OXWLUTColorTableFile.h"
 #include "OXWLUTObjectInfo.h"
 
+#include <OXMError.h>
 #include <OXMRegisteredEnum.h>
 #include <OXMSingleton.h>
 #include <OXWApplication.h>
@@ -1186,11 +1187,11 @@ void OXWLUTColorBar::exportIntervalColor()
         ExportClassificationColor, OXWApplication::parsePath(QStringLiteral("${USER_DOCUMENTS}")),
         filters, OXWMainWindow::getInstance(), nullptr, tr("Save color settings to..."), &selected,
         true, true);
-    if (fileName.isEmpty()) {
-        return;
+    QString refusal;
+    if (!fileName.isEmpty() &&
+        !File::exportInterval(*interval, fileName, File::formatFromFilter(selected), &refusal)) {
+        OXMError::emitError(nullptr, OXM::GenericError, refusal);
     }
-    // Refusals (too few handles, unwritable file) end silently.
-    File::exportInterval(*interval, fileName, File::formatFromFilter(selected));
 }
 
 void OXWLUTColorBar::importIntervalColor()
@@ -1210,7 +1211,9 @@ void OXWLUTColorBar::importIntervalColor()
         return;
     }
     File::Table table;
-    if (!File::read(fileName, File::formatFromFilter(selected), table)) {
+    QString refusal;
+    if (!File::read(fileName, File::formatFromFilter(selected), table, &refusal)) {
+        OXMError::emitError(nullptr, OXM::GenericError, refusal);
         return;
     }
     // Every table read is reported, also one equal to the curves the interval has.

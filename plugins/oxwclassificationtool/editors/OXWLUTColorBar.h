@@ -41,6 +41,11 @@ class QTimer;
 // it, so a whole drag is one undo step. A context menu takes the release away from the bar, so
 // the bar closes the press's user action itself before the menu shows.
 //
+// Colour table files (OXWLUTColorTableFile): an import emits objectColorChanged() after every
+// complete table read, even one equal to the interval's curves; a refused import or export
+// reports one line naming the file and the reason through OXMError::emitError (the viewer's
+// log), never a message box.
+//
 // Colour dialog seam: the three colour dialogs run through colorDialogHook(); by default a
 // modal QColorDialog with the object name "Interval color". Tests install their own hook
 // (setColorDialogHook) to answer without a dialog; an invalid colour means "cancelled".

@@ -1,12 +1,16 @@
 // Colour table import and export through the bar's slots: the dialogs (answered through the
-// file dialog's test seam), the chosen filter deciding the format and the extension, and the
-// signal after every complete import. The file formats themselves are tested with
-// OXWLUTColorTableFile.
+// file dialog's test seam), the chosen filter deciding the format and the extension, the
+// signal after every complete import and the refusals in the host's error channel. The file
+// formats themselves are tested with OXWLUTColorTableFile.
 
 #include "ColorBarTestSupport.h"
 
+#include <OXMError.h>
+
 #include <QFile>
 #include <QFileInfo>
+
+#include <sys/stat.h>
 
 using namespace colorbartest;
 
@@ -40,7 +44,18 @@ protected:
         bar->updateAll();
         bar->hitTest(QPoint(xOf(60), 10));
         ASSERT_EQ(bar->currentIntervalIndex(), 0);
+        errorHandler =
+            OXMError::addHandler([this](const OXMError::Message& m) { errors << m.getText(); });
     }
+
+    void TearDown() override
+    {
+        OXMError::removeHandler(errorHandler);
+        ColorBarTest::TearDown();
+    }
+
+    int errorHandler = 0;
+    QStringList errors;
 };
 
 } // namespace
@@ -125,6 +140,36 @@ TEST_F(ColorBarFile, AnImportEmitsAfterEveryTableRead)
     OXWFileDialog::queueTestAnswer({path("two.lut"), kLut});
     bar->importIntervalColor();
     EXPECT_EQ(changed.count(), 2);
+}
+
+TEST_F(ColorBarFile, RefusalsAreOneLineNamingTheFileAndTheReason)
+{
+    // A pipe and a device are refused at once (a pipe would block the import until ctest's
+    // timeout); as root too, so is writing over a directory.
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path("pipe.lut")).constData(), 0600), 0);
+    ASSERT_TRUE(writeAll(path("empty.lut"), "; nothing\n"));
+    ASSERT_TRUE(QDir(files.path()).mkdir("folder.lut"));
+    const struct
+    {
+        QString file;
+        QString filter;
+        void (TestBar::*slot)();
+        QString reason;
+    } cases[] = {
+        {path("pipe.lut"), kLut, &TestBar::importIntervalColor, "not a regular file"},
+        {"/dev/zero", kAct, &TestBar::importIntervalColor, "not a regular file"},
+        {path("empty.lut"), kLut, &TestBar::importIntervalColor, "no complete colour table"},
+        {path("folder.lut"), kLut, &TestBar::exportIntervalColor, "cannot write: "},
+    };
+    QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
+    for (const auto& c : cases) {
+        errors.clear();
+        OXWFileDialog::queueTestAnswer({c.file, c.filter});
+        (bar.get()->*c.slot)();
+        ASSERT_EQ(errors.size(), 1) << c.file.toStdString();
+        EXPECT_TRUE(errors[0].startsWith(c.file + ": " + c.reason)) << errors[0].toStdString();
+    }
+    EXPECT_EQ(changed.count(), 0);
 }
 
 TEST_F(ColorBarFile, AShortPaletteChangesNothing)
