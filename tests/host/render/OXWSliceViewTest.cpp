@@ -85,7 +85,7 @@ TEST(OXWSliceView, ShowsThePhantomWithTheDefaultMaterial)
     for (int y = 0; y < Size; y += 5)
         for (int x = 0; x < Size; x += 3)
             EXPECT_EQ(axial.pixel(x, y) & 0x00ffffffu,
-                      view.getLookup().entryForBin(f.axial(x, y)) & 0x00ffffffu);
+                      view.getClassification().entryForBin(f.axial(x, y)) & 0x00ffffffu);
     const QImage rendered = view.getRenderedImage();
     EXPECT_EQ(rendered.size(), QSize(600, 240));
     EXPECT_GT(nonBlack(rendered), 1000);
@@ -116,7 +116,7 @@ TEST(OXWSliceView, BurstOfOpacityWritesRecomputesOnce)
     EXPECT_EQ(view.getRecomputeCount(), before + 1);
     EXPECT_EQ(recomputed.count(), 1);
     // The last curve is shown: opacity 1 at the last bin.
-    EXPECT_EQ(qAlpha(view.getLookup().entryForBin(f.last)), 255);
+    EXPECT_EQ(qAlpha(view.getClassification().entryForBin(f.last)), 255);
 }
 
 TEST(OXWSliceView, DisabledIntervalDarkensItsVoxels)

@@ -74,7 +74,7 @@ SliceGeometry sliceGeometry(OXWSliceView::Plane plane, const OXMVector3<int>& d)
 
 template <typename T>
 void fillSlice(QImage& image, const SliceGeometry& g, const std::uint8_t* data, int components,
-               int component, const std::uint8_t* mask, const OXWClassificationLookup& lookup)
+               int component, const std::uint8_t* mask, const OXWClassificationTable& lookup)
 {
     const T* samples = reinterpret_cast<const T*>(data);
     for (int v = 0; v < g.height; ++v) {
@@ -171,8 +171,8 @@ void OXWSliceView::recompute()
     mTimer.stop();
     ++mRecomputeCount;
     OXMObject* object = mObject.get();
-    mLookup.build(object);
-    bind(mLookup.getSources());
+    mClassification.build(object);
+    bind(mClassification.getSources());
     buildSlices();
     mComposedValid = false;
     update();
@@ -184,29 +184,29 @@ void OXWSliceView::buildSlices()
     for (QImage& slice : mSlices)
         slice = QImage();
     OXMObject* object = mObject.get();
-    switch (mLookup.getStatus()) {
-    case OXWClassificationLookup::Status::Empty:
+    switch (mClassification.getStatus()) {
+    case OXWClassificationTable::Status::Empty:
         mEmptyText = tr("No volume selected");
         return;
-    case OXWClassificationLookup::Status::NoMaterial:
+    case OXWClassificationTable::Status::NoMaterial:
         mEmptyText = tr("The selected object has no classification");
         return;
-    case OXWClassificationLookup::Status::NoGrid:
+    case OXWClassificationTable::Status::NoGrid:
         mEmptyText = tr("The selected object has no voxels");
         return;
-    case OXWClassificationLookup::Status::NoRange:
+    case OXWClassificationTable::Status::NoRange:
         mEmptyText = tr("The data type of the voxels cannot be shown");
         return;
-    case OXWClassificationLookup::Status::NoOpacity:
+    case OXWClassificationTable::Status::NoOpacity:
         mEmptyText = tr("The classification has no opacity channel");
         return;
-    case OXWClassificationLookup::Status::Ok:
+    case OXWClassificationTable::Status::Ok:
         break;
     }
 
-    auto* grid = dynamic_cast<const OXMSampleGrid*>(mLookup.getGrid());
+    auto* grid = dynamic_cast<const OXMSampleGrid*>(mClassification.getGrid());
     const OXMTypeInfo type = grid ? grid->getDataType() : OXMTypeInfo();
-    const OXMTypeInfo::Channel* channel = type.getChannel(mLookup.getComponent());
+    const OXMTypeInfo::Channel* channel = type.getChannel(mClassification.getComponent());
     const OXMVector3<int> d = grid ? grid->getDimensions() : OXMVector3<int>();
     const long long voxels = (long long)d.x * d.y * d.z;
     if (!grid || !channel || voxels <= 0 ||
@@ -234,7 +234,7 @@ void OXWSliceView::buildSlices()
     mPhysicalSizes[Sagittal] = QSizeF(d.y * double(s.y), d.z * double(s.z));
 
     const int components = type.getChannelCount();
-    const int component = mLookup.getComponent();
+    const int component = mClassification.getComponent();
     const std::uint8_t* data = grid->getData();
     for (Plane plane : {Axial, Coronal, Sagittal}) {
         const SliceGeometry g = sliceGeometry(plane, d);
@@ -247,21 +247,21 @@ void OXWSliceView::buildSlices()
         }
         const OXMenum t = channel->getDataType();
         if (t == OXM::UInt8)
-            fillSlice<std::uint8_t>(image, g, data, components, component, mask, mLookup);
+            fillSlice<std::uint8_t>(image, g, data, components, component, mask, mClassification);
         else if (t == OXM::Int8)
-            fillSlice<std::int8_t>(image, g, data, components, component, mask, mLookup);
+            fillSlice<std::int8_t>(image, g, data, components, component, mask, mClassification);
         else if (t == OXM::UInt16)
-            fillSlice<std::uint16_t>(image, g, data, components, component, mask, mLookup);
+            fillSlice<std::uint16_t>(image, g, data, components, component, mask, mClassification);
         else if (t == OXM::Int16)
-            fillSlice<std::int16_t>(image, g, data, components, component, mask, mLookup);
+            fillSlice<std::int16_t>(image, g, data, components, component, mask, mClassification);
         else if (t == OXM::UInt32)
-            fillSlice<std::uint32_t>(image, g, data, components, component, mask, mLookup);
+            fillSlice<std::uint32_t>(image, g, data, components, component, mask, mClassification);
         else if (t == OXM::Int32)
-            fillSlice<std::int32_t>(image, g, data, components, component, mask, mLookup);
+            fillSlice<std::int32_t>(image, g, data, components, component, mask, mClassification);
         else if (t == OXM::Float32)
-            fillSlice<float>(image, g, data, components, component, mask, mLookup);
+            fillSlice<float>(image, g, data, components, component, mask, mClassification);
         else if (t == OXM::Float64)
-            fillSlice<double>(image, g, data, components, component, mask, mLookup);
+            fillSlice<double>(image, g, data, components, component, mask, mClassification);
         else
             image.fill(Qt::black);
         mSlices[plane] = image;

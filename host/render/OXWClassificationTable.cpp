@@ -1,4 +1,4 @@
-#include "OXWClassificationLookup.h"
+#include "OXWClassificationTable.h"
 
 #include <OXMHistogramCalculator.h>
 #include <OXMObject.h>
@@ -38,59 +38,65 @@ bool valueOf(const OXMObject* object, OXMenum id, T& value)
     return true;
 }
 
-// A resolved channel read once: a constant, or the handles of its piecewise-linear curve,
-// evaluated at ascending x with a moving segment (the same values as the
-// channel object's own evaluate()).
-class CurveSampler
+// A resolved channel read once: a constant, or the handles of its piecewise-linear curve
+// with their scale and bias (the same values as the channel object's own evaluate()).
+struct Curve
 {
-public:
-    explicit CurveSampler(const OXMObject* channel)
+    std::vector<OXMVector2<float>> handles;
+    float constant = 0.0f;
+    float scale = 1.0f;
+    float bias = 0.0f;
+
+    explicit Curve(const OXMObject* channel)
     {
         if (!channel)
             return; // no channel: 0 everywhere
-        float scale = 1.0f, bias = 0.0f;
         OXMenum mode;
         valueOf(channel, OXM::Scale, scale);
         valueOf(channel, OXM::Bias, bias);
         valueOf(channel, OXM::MapMode, mode);
-        if (mode == OXM::Constant) {
-            mConstant = scale;
+        if (mode == OXM::Constant)
+            constant = scale;
+        else
+            handles = arrayOf<OXMVector2<float>>(channel, OXM::LookupTableHandleList);
+    }
+
+    // The value at x (a single evaluation).
+    float at(float x) const
+    {
+        float y = 0.0f;
+        fill(&y, x, 1);
+        return y;
+    }
+
+    // out[i] = the curve at x0 + i, i < count: flat before the first and after the last handle,
+    // linear on (a.x, b.x] between neighbours a and b. One pass over handles and bins.
+    void fill(float* out, float x0, int count) const
+    {
+        if (handles.empty()) {
+            std::fill(out, out + count, constant);
             return;
         }
-        mHandles = arrayOf<OXMVector2<float>>(channel, OXM::LookupTableHandleList);
-        mScale = scale;
-        mBias = bias;
-    }
-
-    // x must not decrease between calls.
-    float next(float x)
-    {
-        if (mHandles.empty())
-            return mConstant;
-        const std::vector<OXMVector2<float>>& h = mHandles;
-        float y = h.front().y;
-        if (x >= h.back().x) {
-            y = h.back().y;
-        } else if (x > h.front().x) {
-            while (mSegment < h.size() && x > h[mSegment].x)
-                ++mSegment;
-            if (mSegment < h.size()) {
-                const auto& a = h[mSegment - 1];
-                const auto& b = h[mSegment];
-                const float dx = b.x - a.x;
-                const float t = dx > 0.0f ? (x - a.x) / dx : 1.0f;
-                y = a.y + t * (b.y - a.y);
-            }
+        // The first bin whose x lies right of x (bins at or left of x come before it).
+        const auto firstRightOf = [x0, count](float x) {
+            const double i = std::floor(double(x) - double(x0)) + 1.0;
+            return int(std::min(double(count), std::max(0.0, i)));
+        };
+        const OXMVector2<float>& front = handles.front();
+        int i = firstRightOf(front.x);
+        std::fill(out, out + i, front.y * scale + bias);
+        for (std::size_t j = 1; j < handles.size(); ++j) {
+            const OXMVector2<float>& a = handles[j - 1];
+            const OXMVector2<float>& b = handles[j];
+            const int end = std::max(i, firstRightOf(b.x));
+            const float dx = b.x - a.x;
+            const float slope = dx > 0.0f ? (b.y - a.y) / dx : 0.0f;
+            const float base = dx > 0.0f ? a.y : b.y;
+            for (; i < end; ++i)
+                out[i] = (base + (x0 + float(i) - a.x) * slope) * scale + bias;
         }
-        return y * mScale + mBias;
+        std::fill(out + i, out + count, handles.back().y * scale + bias);
     }
-
-private:
-    std::vector<OXMVector2<float>> mHandles;
-    std::size_t mSegment = 1;
-    float mConstant = 0.0f;
-    float mScale = 1.0f;
-    float mBias = 0.0f;
 };
 
 float unit(float v)
@@ -105,12 +111,12 @@ int toByte(float v)
 
 } // namespace
 
-OXMObject* OXWClassificationLookup::findMaterial(const OXMObject* object)
+OXMObject* OXWClassificationTable::findMaterial(const OXMObject* object)
 {
     return linkedObject(object, OXM::ApplicationSampleMaterial);
 }
 
-OXMObject* OXWClassificationLookup::findGrid(const OXMObject* object)
+OXMObject* OXWClassificationTable::findGrid(const OXMObject* object)
 {
     if (!object)
         return nullptr;
@@ -119,8 +125,8 @@ OXMObject* OXWClassificationLookup::findGrid(const OXMObject* object)
     return linkedObject(object->getParentLink().getOwner(), OXM::SampleGrid);
 }
 
-OXMObject* OXWClassificationLookup::resolveChannel(const OXMObject* material, OXMenum channelID,
-                                                   std::vector<OXMObject*>* visited)
+OXMObject* OXWClassificationTable::resolveChannel(const OXMObject* material, OXMenum channelID,
+                                                  std::vector<OXMObject*>* visited)
 {
     OXMObject* channel = linkedObject(material, channelID);
     for (int step = 0; step < 16 && channel; ++step) {
@@ -134,7 +140,7 @@ OXMObject* OXWClassificationLookup::resolveChannel(const OXMObject* material, OX
     return nullptr; // a reference cycle, or a reference to nothing
 }
 
-void OXWClassificationLookup::clear()
+void OXWClassificationTable::clear()
 {
     mStatus = Status::Empty;
     mFirst = 0;
@@ -144,17 +150,20 @@ void OXWClassificationLookup::clear()
     mScale = 0.0;
     mComponent = 0;
     mGrid = nullptr;
+    mLighting = Lighting();
+    mTransparency = 1.0f;
+    mRGBA.clear();
     mTable.clear();
     mSources.clear();
 }
 
-void OXWClassificationLookup::addSource(OXMObject* object)
+void OXWClassificationTable::addSource(OXMObject* object)
 {
     if (object && std::find(mSources.begin(), mSources.end(), object) == mSources.end())
         mSources.push_back(object);
 }
 
-bool OXWClassificationLookup::findBinRange(const OXMObject* object, OXMenum inputChannel)
+bool OXWClassificationTable::findBinRange(const OXMObject* object, OXMenum inputChannel)
 {
     auto* grid = dynamic_cast<const OXMSampleGrid*>(mGrid);
     if (!grid)
@@ -226,7 +235,7 @@ bool OXWClassificationLookup::findBinRange(const OXMObject* object, OXMenum inpu
     return true;
 }
 
-OXWClassificationLookup::Status OXWClassificationLookup::build(const OXMObject* object)
+OXWClassificationTable::Status OXWClassificationTable::build(const OXMObject* object)
 {
     clear();
     if (!object)
@@ -255,43 +264,104 @@ OXWClassificationLookup::Status OXWClassificationLookup::build(const OXMObject* 
     // resolving it costs nothing and covers materials written by other tools.
     std::vector<OXMObject*> visited;
     const OXMObject* opacity = resolveChannel(material, OXM::Opacity, &visited);
-    const OXMObject* red = resolveChannel(material, OXM::DiffuseRed, &visited);
-    const OXMObject* green = resolveChannel(material, OXM::DiffuseGreen, &visited);
-    const OXMObject* blue = resolveChannel(material, OXM::DiffuseBlue, &visited);
-    for (OXMObject* o : visited)
-        addSource(o);
     if (!opacity) {
+        for (OXMObject* o : visited)
+            addSource(o);
         mStatus = Status::NoOpacity;
         return mStatus;
     }
-
     OXMenum inputChannel = grid->getDefaultChannel();
     valueOf(opacity, OXM::InputChannel, inputChannel);
     if (!findBinRange(object, inputChannel)) {
         mStatus = Status::NoRange;
         return mStatus;
     }
-
-    const std::vector<int> borders = arrayOf<int>(material, OXM::IntervalIndexList);
-    const std::vector<OXMenum> modes = arrayOf<OXMenum>(material, OXM::IntervalModeList);
-
-    CurveSampler a(opacity), r(red), g(green), b(blue);
-    mTable.assign(std::size_t(mLast - mFirst + 1), 0u);
-    // Interval i covers the bins borders[i] + 1 .. borders[i + 1].
-    std::size_t interval = 0;
-    for (int k = mFirst; k <= mLast; ++k) {
-        while (interval + 1 < borders.size() && k > borders[interval + 1])
-            ++interval;
-        const bool inside =
-            interval + 1 < borders.size() && k > borders[interval] && k <= borders[interval + 1];
-        if (!inside || (interval < modes.size() && modes[interval] == OXM::Disabled))
-            continue;
-        const float x = float(k);
-        const float alpha = unit(a.next(x));
-        const float cr = unit(r.next(x)), cg = unit(g.next(x)), cb = unit(b.next(x));
-        mTable[std::size_t(k - mFirst)] =
-            qRgba(toByte(cr * alpha), toByte(cg * alpha), toByte(cb * alpha), toByte(alpha));
-    }
+    readLighting(material, visited);
+    fillEntries(material, opacity, visited);
+    for (OXMObject* o : visited)
+        addSource(o);
+    clearOutsideEnabledIntervals(material);
+    pack();
     mStatus = Status::Ok;
     return mStatus;
+}
+
+void OXWClassificationTable::readLighting(const OXMObject* material,
+                                          std::vector<OXMObject*>& visited)
+{
+    const float middle = float(mFirst + mLast) / 2.0f;
+    const auto scalar = [&](OXMenum id) {
+        return Curve(resolveChannel(material, id, &visited)).at(middle);
+    };
+    mLighting.ambient = std::max(0.0f, scalar(OXM::AmbientIntensity));
+    mLighting.diffuse = std::max(0.0f, scalar(OXM::DiffuseIntensity));
+    mLighting.specular = std::max(0.0f, scalar(OXM::SpecularIntensity));
+    mLighting.shininess = std::max(0.0f, scalar(OXM::Shininess));
+    mLighting.specularColour[0] = unit(scalar(OXM::SpecularRed));
+    mLighting.specularColour[1] = unit(scalar(OXM::SpecularGreen));
+    mLighting.specularColour[2] = unit(scalar(OXM::SpecularBlue));
+    mTransparency = unit(scalar(OXM::Transparency));
+}
+
+void OXWClassificationTable::fillEntries(const OXMObject* material, const OXMObject* opacity,
+                                         std::vector<OXMObject*>& visited)
+{
+    static const OXMenum Colours[6] = {OXM::AmbientRed, OXM::AmbientGreen, OXM::AmbientBlue,
+                                       OXM::DiffuseRed, OXM::DiffuseGreen, OXM::DiffuseBlue};
+    const int n = getBinCount();
+    const float x0 = float(mFirst);
+    for (std::vector<float>& curve : mCurves)
+        curve.resize(std::size_t(n));
+    Curve(opacity).fill(mCurves[0].data(), x0, n);
+    for (int c = 0; c < 6; ++c)
+        Curve(resolveChannel(material, Colours[c], &visited)).fill(mCurves[c + 1].data(), x0, n);
+
+    // Colour: ambient and diffuse weighted by their intensities (their mean without any).
+    const float sum = mLighting.ambient + mLighting.diffuse;
+    const float wa = sum > 0.0f ? mLighting.ambient / sum : 0.5f;
+    const float wd = sum > 0.0f ? mLighting.diffuse / sum : 0.5f;
+    const float t = mTransparency;
+    mRGBA.resize(std::size_t(n) * 4);
+    float* out = mRGBA.data();
+    const float* a = mCurves[0].data();
+    const float* colour[6];
+    for (int c = 0; c < 6; ++c)
+        colour[c] = mCurves[c + 1].data();
+    for (int i = 0; i < n; ++i, out += 4) {
+        out[0] = unit(wa * unit(colour[0][i]) + wd * unit(colour[3][i]));
+        out[1] = unit(wa * unit(colour[1][i]) + wd * unit(colour[4][i]));
+        out[2] = unit(wa * unit(colour[2][i]) + wd * unit(colour[5][i]));
+        out[3] = unit(a[i]) * t;
+    }
+}
+
+void OXWClassificationTable::clearOutsideEnabledIntervals(const OXMObject* material)
+{
+    const std::vector<int> borders = arrayOf<int>(material, OXM::IntervalIndexList);
+    const std::vector<OXMenum> modes = arrayOf<OXMenum>(material, OXM::IntervalModeList);
+    // Bins shown: b(i) + 1 .. b(i+1) of each enabled interval i.
+    std::vector<char> shown(std::size_t(getBinCount()), 0);
+    for (std::size_t i = 0; i + 1 < borders.size(); ++i) {
+        if (i < modes.size() && modes[i] == OXM::Disabled)
+            continue;
+        const long long from = std::max<long long>(borders[i] + 1LL, mFirst);
+        const long long to = std::min<long long>(borders[i + 1], mLast);
+        for (long long k = from; k <= to; ++k)
+            shown[std::size_t(k - mFirst)] = 1;
+    }
+    for (std::size_t i = 0; i < shown.size(); ++i)
+        if (!shown[i])
+            std::fill_n(mRGBA.begin() + std::ptrdiff_t(i * 4), 4, 0.0f);
+}
+
+void OXWClassificationTable::pack()
+{
+    const std::size_t n = std::size_t(getBinCount());
+    mTable.resize(n);
+    const float* e = mRGBA.data();
+    for (std::size_t i = 0; i < n; ++i, e += 4) {
+        const float alpha = e[3];
+        mTable[i] =
+            qRgba(toByte(e[0] * alpha), toByte(e[1] * alpha), toByte(e[2] * alpha), toByte(alpha));
+    }
 }

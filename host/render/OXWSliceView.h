@@ -1,6 +1,6 @@
 #pragma once
 
-#include "OXWClassificationLookup.h"
+#include "OXWClassificationTable.h"
 
 #include <OXMObjectIOCPtr.h>
 
@@ -17,7 +17,7 @@ class OXMObject;
 
 // The middle axial, coronal and sagittal slices of one volume, side by side under the
 // captions "Axial", "Coronal" and "Sagittal". Every pixel is the classification's colour of
-// its voxel over black (OXWClassificationLookup); a region of interest shows its volume's
+// its voxel over black (OXWClassificationTable); a region of interest shows its volume's
 // voxels with the region's classification, voxels outside the region black. Each slice is
 // scaled to fit its third of the widget, keeping the aspect of its physical size (voxel
 // spacing).
@@ -60,7 +60,7 @@ public:
     QImage getSliceImage(Plane plane) const { return mSlices[plane]; }
     // The widget's picture at its current size, as paintEvent draws it.
     QImage getRenderedImage();
-    const OXWClassificationLookup& getLookup() const { return mLookup; }
+    const OXWClassificationTable& getClassification() const { return mClassification; }
     // How many recomputes ran (setObject and the timer each count one).
     int getRecomputeCount() const { return mRecomputeCount; }
     bool isRecomputePending() const { return mTimer.isActive(); }
@@ -95,7 +95,7 @@ private:
     std::unique_ptr<Listener> mListener;
     OXMObjectIOCPtr mObject;
     std::vector<std::unique_ptr<OXMObjectIOCPtr>> mSources;
-    OXWClassificationLookup mLookup;
+    OXWClassificationTable mClassification;
     std::array<QImage, 3> mSlices;
     std::array<QSizeF, 3> mPhysicalSizes;
     QString mEmptyText;

@@ -9,9 +9,9 @@
 
 class OXMObject;
 
-// The classification of a volume or region of interest as a colour table: one premultiplied
-// ARGB entry per grey-value bin (QImage::Format_ARGB32_Premultiplied layout), for drawing
-// voxels over black.
+// The classification of a volume or region of interest as one RGBA entry per grey-value bin,
+// shared by every view that draws volumes: the slices take the packed entries, the 3D view
+// hands the float entries to its renderer.
 //
 // build(object) finds, through the objects' properties:
 //   - the material (link OXM::ApplicationSampleMaterial of the object),
@@ -22,12 +22,19 @@ class OXMObject;
 //     object's list or else its parent's) when it holds values; otherwise the range the
 //     histogram would have, counted over the whole grid (integer data: every integer value
 //     from the smallest to the largest voxel value).
-// Entry k (bin k): the interval i with b(i) < k <= b(i+1) of OXM::IntervalIndexList; a bin
-// outside every interval or in an interval whose OXM::IntervalModeList entry is OXM::Disabled
-// is transparent (0). Otherwise opacity a = the opacity channel (OXM::Opacity) at x = k and
-// colour c = the diffuse channels (OXM::DiffuseRed/Green/Blue) at k, each channel resolved
-// through its OXM::Reference links while its OXM::MapMode is OXM::Reference; a and c are
-// clamped to 0..1 and the entry is (a, c·a) scaled to 0..255 and rounded.
+//
+// Entry k (bin k), each component 0..1:
+//   - alpha: the opacity channel at x = k times the material's transparency scale; 0 for a bin
+//     outside every interval of OXM::IntervalIndexList (interval i holds the bins b(i)+1 ..
+//     b(i+1)) or in an interval whose OXM::IntervalModeList entry is OXM::Disabled;
+//   - colour: the material's colour under full light without highlight, the ambient and the
+//     diffuse colour at k weighted by their intensities, (Ka·ambient + Kd·diffuse) / (Ka + Kd),
+//     so that a renderer that multiplies it by Ka + Kd·(N·L) lights it as the material says.
+// Channels are resolved through their OXM::Reference links while their OXM::MapMode is
+// OXM::Reference; a channel in OXM::Constant mode is its OXM::Scale everywhere, a lookup table
+// is the piecewise-linear curve of its handles (in ascending x) times OXM::Scale plus OXM::Bias.
+// The material's scalars (intensities, shininess, transparency, specular colour) are read as
+// constants: a lookup table there counts with its value at the middle of the bin range.
 //
 // Floating-point data: the bins are those of the host's histogram of such data, binCount bins
 // whose centres run evenly from the smallest to the largest value (the histogram result's
@@ -35,9 +42,9 @@ class OXMObject;
 // floor((v - low) * (bins - 1) / (high - low) + 0.5). Colour data use the component that the
 // opacity channel's OXM::InputChannel names.
 //
-// Cost: O(bins + handles + intervals) after the bin range is known (no histogram pass when a
-// histogram result exists); a 65 536-entry table takes well under a millisecond.
-class OXWClassificationLookup
+// Cost: one linear sweep per curve over the bins after the bin range is known (no histogram
+// pass when a histogram result exists); see bench/host/render.
+class OXWClassificationTable
 {
 public:
     enum class Status
@@ -50,7 +57,17 @@ public:
         Ok,
     };
 
-    OXWClassificationLookup() = default;
+    // The material's scalars, for renderers that light the colour.
+    struct Lighting
+    {
+        float ambient = 0.2f;
+        float diffuse = 0.7f;
+        float specular = 0.1f;
+        float shininess = 10.0f;
+        float specularColour[3] = {1.0f, 1.0f, 1.0f};
+    };
+
+    OXWClassificationTable() = default;
 
     // Rebuilds the table for the object (a volume or a region of interest). Returns the new
     // status; on failure the table is empty (every lookup answers transparent).
@@ -62,6 +79,11 @@ public:
 
     int getFirstBin() const { return mFirst; }
     int getLastBin() const { return mLast; }
+    int getBinCount() const { return mLast - mFirst + 1; }
+    // Red, green, blue, alpha of every bin from the first, 0..1.
+    const std::vector<float>& getRGBA() const { return mRGBA; }
+    const Lighting& getLighting() const { return mLighting; }
+    // Premultiplied ARGB entries (QImage::Format_ARGB32_Premultiplied layout), one per bin.
     const std::vector<QRgb>& getTable() const { return mTable; }
     // The entry of bin k; transparent outside the bin range.
     QRgb entryForBin(long long k) const
@@ -83,6 +105,11 @@ public:
         return (long long)mFirst + (long long)k;
     }
     QRgb entryForValue(double native) const { return entryForBin(binForValue(native)); }
+    // The native value at the centre of bin k (k itself for integer data).
+    double valueForBin(double k) const
+    {
+        return mFloat && mScale > 0.0 ? mLow + (k - mFirst) / mScale : k;
+    }
 
     // The objects the table was built from: the object, its material, the channels read (and
     // every object on their reference chains), the grid, the histogram and its result. A
@@ -105,6 +132,11 @@ public:
 private:
     void addSource(OXMObject* object);
     bool findBinRange(const OXMObject* object, OXMenum inputChannel);
+    void readLighting(const OXMObject* material, std::vector<OXMObject*>& visited);
+    void fillEntries(const OXMObject* material, const OXMObject* opacity,
+                     std::vector<OXMObject*>& visited);
+    void clearOutsideEnabledIntervals(const OXMObject* material);
+    void pack();
 
     // The bin range counted over a grid without histogram values. The grid pointer only
     // identifies the grid (with its data version); it is never dereferenced from here.
@@ -128,6 +160,11 @@ private:
     double mScale = 0.0;
     int mComponent = 0;
     OXMObject* mGrid = nullptr;
+    Lighting mLighting;
+    float mTransparency = 1.0f;
+    std::vector<float> mRGBA;
     std::vector<QRgb> mTable;
+    // One curve per bin while the entries are filled (kept to spare the allocations).
+    std::vector<float> mCurves[7];
     std::vector<OXMObject*> mSources;
 };
