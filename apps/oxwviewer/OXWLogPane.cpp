@@ -11,6 +11,11 @@
 #include <QTime>
 #include <QVBoxLayout>
 
+QSize OXWLogPane::sizeHint() const
+{
+    return QSize(600, 4 * fontMetrics().lineSpacing() + 12);
+}
+
 OXWLogPane::OXWLogPane(QWidget* parent) : QWidget(parent), mText(new QPlainTextEdit(this))
 {
     setObjectName(QStringLiteral("OXWLogPane"));

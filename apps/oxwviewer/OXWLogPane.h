@@ -27,6 +27,8 @@ public:
     QStringList lines() const;
     int lineCount() const;
     QPlainTextEdit* textView() const { return mText; }
+    // About four lines: the log stays small beside the views.
+    QSize sizeHint() const override;
 
 public slots:
     void appendMessage(const QString& text);

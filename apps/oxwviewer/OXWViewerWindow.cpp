@@ -78,6 +78,9 @@ void OXWViewerWindow::createMenus()
     mRedoAction->setShortcut(QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z));
     connect(mRedoAction, &QAction::triggered, this, &OXWViewerWindow::redo);
 
+    mViewMenu = menuBar()->addMenu(tr("&View"));
+    mViewMenu->setObjectName(QStringLiteral("mViewMenu"));
+
     mHelpMenu = menuBar()->addMenu(tr("&Help"));
     mHelpMenu->setObjectName(QStringLiteral("mHelpMenu"));
     mAboutPluginsAction = mHelpMenu->addAction(tr("About &plug-ins..."));

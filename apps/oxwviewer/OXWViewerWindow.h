@@ -16,7 +16,8 @@ class QMenu;
 //
 // Menus: File > Quit (Ctrl+Q, closes the window); Edit > Undo (Ctrl+Z) and Redo
 // (Ctrl+Shift+Z), whose texts follow the application's undo stack ("Undo Change opacity";
-// plain "Undo" and disabled when there is nothing to undo); Help > About plug-ins (lists the
+// plain "Undo" and disabled when there is nothing to undo); View (filled by the views);
+// Help > About plug-ins (lists the
 // plug-ins of the attached loader).
 //
 // The log pane (OXWLogPane) is docked at the bottom as a tool of the window; it shows the
@@ -38,6 +39,7 @@ public:
     OXWLogPane* logPane() const { return mLogPane; }
     QMenu* fileMenu() const { return mFileMenu; }
     QMenu* editMenu() const { return mEditMenu; }
+    QMenu* viewMenu() const { return mViewMenu; }
     QMenu* helpMenu() const { return mHelpMenu; }
     QAction* quitAction() const { return mQuitAction; }
     QAction* undoAction() const { return mUndoAction; }
@@ -69,6 +71,7 @@ private:
     QPointer<QLabel> mEmptyState;
     QMenu* mFileMenu = nullptr;
     QMenu* mEditMenu = nullptr;
+    QMenu* mViewMenu = nullptr;
     QMenu* mHelpMenu = nullptr;
     QAction* mQuitAction = nullptr;
     QAction* mUndoAction = nullptr;

@@ -6,6 +6,7 @@
 #include "OXWSceneTreeView.h"
 #include "OXWSliceView.h"
 #include "OXWViewerWindow.h"
+#include "OXWVolumeView.h"
 
 #include <OXWClassificationToolGUI.h>
 
@@ -24,6 +25,8 @@
 #include <QCommandLineParser>
 #include <QGuiApplication>
 #include <QPixmap>
+#include <QScreen>
+#include <QSurfaceFormat>
 #include <QTextStream>
 #include <QTimer>
 
@@ -44,6 +47,8 @@ extern "C" const char* __lsan_default_suppressions()
 
 int main(int argc, char** argv)
 {
+    // The 3D view draws with OpenGL: the format VTK needs, for every GL widget.
+    QSurfaceFormat::setDefaultFormat(QVTKOpenGLNativeWidget::defaultFormat());
     QApplication qapp(argc, argv);
     QApplication::setApplicationName(QStringLiteral("oxwviewer"));
     QApplication::setApplicationVersion(QStringLiteral("0.1"));
@@ -87,8 +92,12 @@ int main(int argc, char** argv)
     const QString screenshotFile = parser.value(screenshotOption);
     if (!screenshotFile.isEmpty()) {
         window->resize(1280, 800);
-        if (QGuiApplication::platformName() == QLatin1String("offscreen"))
-            window->setFixedSize(1280, 800);
+    } else if (const QScreen* screen = QGuiApplication::primaryScreen()) {
+        // Most of the screen, centred.
+        const QRect area = screen->availableGeometry();
+        const QSize size = (area.size() * 0.85).boundedTo(QSize(1920, 1200));
+        window->resize(size);
+        window->move(area.center() - QPoint(size.width() / 2, size.height() / 2));
     }
 
     // The built-in sample: two CT-like phantoms, the 16-bit one selected. The scene tree writes
@@ -105,14 +114,24 @@ int main(int argc, char** argv)
             QObject::tr("The built-in sample could not be built (sample size %1).")
                 .arg(parser.value(sampleSizeOption)));
 
+    // The scene tree on the left; the 3D view, largest, over the slices.
     auto* views = new QSplitter(window.get());
     auto* tree = new OXWSceneTreeView(views);
-    auto* slices = new OXWSliceView(views);
+    auto* pictures = new QSplitter(Qt::Vertical, views);
+    auto* volumeView = new OXWVolumeView(pictures);
+    auto* slices = new OXWSliceView(pictures);
+    pictures->setStretchFactor(0, 3);
+    pictures->setStretchFactor(1, 1);
     views->setStretchFactor(0, 0);
     views->setStretchFactor(1, 1);
-    views->setSizes({220, 1060});
+    views->setSizes({200, 1000});
     QObject::connect(tree, &OXWSceneTreeView::currentObjectChanged, slices,
                      &OXWSliceView::setObject);
+    QObject::connect(tree, &OXWSceneTreeView::currentObjectChanged, volumeView,
+                     &OXWVolumeView::setObject);
+    QAction* resetCamera = window->viewMenu()->addAction(QObject::tr("Reset 3D view"));
+    resetCamera->setShortcut(QKeySequence(QStringLiteral("Ctrl+R")));
+    QObject::connect(resetCamera, &QAction::triggered, volumeView, &OXWVolumeView::resetCamera);
     tree->setApplication(&app);
     if (sample.volume16)
         tree->selectObject(sample.volume16);

@@ -153,6 +153,7 @@ void OXWClassificationTable::clear()
     mLighting = Lighting();
     mTransparency = 1.0f;
     mRGBA.clear();
+    mGradientOpacity.clear();
     mTable.clear();
     mSources.clear();
 }
@@ -278,6 +279,7 @@ OXWClassificationTable::Status OXWClassificationTable::build(const OXMObject* ob
     }
     readLighting(material, visited);
     fillEntries(material, opacity, visited);
+    fillGradientOpacity(material, visited);
     for (OXMObject* o : visited)
         addSource(o);
     clearOutsideEnabledIntervals(material);
@@ -333,6 +335,20 @@ void OXWClassificationTable::fillEntries(const OXMObject* material, const OXMObj
         out[2] = unit(wa * unit(colour[2][i]) + wd * unit(colour[5][i]));
         out[3] = unit(a[i]) * t;
     }
+}
+
+void OXWClassificationTable::fillGradientOpacity(const OXMObject* material,
+                                                 std::vector<OXMObject*>& visited)
+{
+    const OXMObject* channel = resolveChannel(material, OXM::Gradient, &visited);
+    mGradientOpacity.clear();
+    if (!channel)
+        return;
+    mGradientOpacity.resize(std::size_t(getBinCount()));
+    Curve(channel).fill(mGradientOpacity.data(), float(mFirst), getBinCount());
+    if (std::all_of(mGradientOpacity.begin(), mGradientOpacity.end(),
+                    [](float g) { return g >= 1.0f; }))
+        mGradientOpacity.clear();
 }
 
 void OXWClassificationTable::clearOutsideEnabledIntervals(const OXMObject* material)

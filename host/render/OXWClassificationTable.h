@@ -83,6 +83,12 @@ public:
     // Red, green, blue, alpha of every bin from the first, 0..1.
     const std::vector<float>& getRGBA() const { return mRGBA; }
     const Lighting& getLighting() const { return mLighting; }
+    // The material's transparency scale (already in every alpha), for surfaces.
+    float getTransparency() const { return mTransparency; }
+    // The gradient channel per bin (a factor of the opacity as a function of the gradient's
+    // magnitude, in grey values per voxel, read at first + magnitude); empty while the channel
+    // is 1 everywhere, as it is by default.
+    const std::vector<float>& getGradientOpacity() const { return mGradientOpacity; }
     // Premultiplied ARGB entries (QImage::Format_ARGB32_Premultiplied layout), one per bin.
     const std::vector<QRgb>& getTable() const { return mTable; }
     // The entry of bin k; transparent outside the bin range.
@@ -136,6 +142,7 @@ private:
     void fillEntries(const OXMObject* material, const OXMObject* opacity,
                      std::vector<OXMObject*>& visited);
     void clearOutsideEnabledIntervals(const OXMObject* material);
+    void fillGradientOpacity(const OXMObject* material, std::vector<OXMObject*>& visited);
     void pack();
 
     // The bin range counted over a grid without histogram values. The grid pointer only
@@ -163,6 +170,7 @@ private:
     Lighting mLighting;
     float mTransparency = 1.0f;
     std::vector<float> mRGBA;
+    std::vector<float> mGradientOpacity;
     std::vector<QRgb> mTable;
     // One curve per bin while the entries are filled (kept to spare the allocations).
     std::vector<float> mCurves[7];

@@ -17,18 +17,6 @@
 #include <cstdint>
 #include <type_traits>
 
-class OXWSliceView::Listener : public OXMIOC
-{
-public:
-    explicit Listener(OXWSliceView* view) : mView(view) {}
-    // Every message (a changed property, a dying object) may change the picture; the timer
-    // merges them. Nothing is read here: the sender may be half destroyed.
-    void iocCallback(Message&) override { mView->scheduleRecompute(); }
-
-private:
-    OXWSliceView* mView;
-};
-
 namespace {
 
 // Voxel access for one slice: index of pixel (u, v) in the grid's buffer.
@@ -98,9 +86,8 @@ void fillSlice(QImage& image, const SliceGeometry& g, const std::uint8_t* data, 
 } // namespace
 
 OXWSliceView::OXWSliceView(QWidget* parent)
-    : QWidget(parent), mListener(std::make_unique<Listener>(this))
+    : QWidget(parent), mWatch([this] { scheduleRecompute(); })
 {
-    mObject.setListener(mListener.get());
     mTimer.setSingleShot(true);
     mTimer.setInterval(RecomputeDelay);
     connect(&mTimer, &QTimer::timeout, this, &OXWSliceView::recompute);
@@ -108,12 +95,7 @@ OXWSliceView::OXWSliceView(QWidget* parent)
     mEmptyText = tr("No volume selected");
 }
 
-OXWSliceView::~OXWSliceView()
-{
-    // Unregister from the objects before the listener goes.
-    mSources.clear();
-    mObject = nullptr;
-}
+OXWSliceView::~OXWSliceView() = default;
 
 QString OXWSliceView::planeCaption(Plane plane)
 {
@@ -145,34 +127,15 @@ void OXWSliceView::scheduleRecompute()
         mTimer.start();
 }
 
-void OXWSliceView::bind(const std::vector<OXMObject*>& sources)
-{
-    // Keep the registrations that stay, add the new ones, drop the rest.
-    std::vector<std::unique_ptr<OXMObjectIOCPtr>> next;
-    next.reserve(sources.size());
-    for (OXMObject* source : sources) {
-        if (source == mObject.get())
-            continue; // mObject listens to it already
-        auto it = std::find_if(mSources.begin(), mSources.end(),
-                               [source](const std::unique_ptr<OXMObjectIOCPtr>& p) {
-                                   return p && p->get() == source;
-                               });
-        if (it != mSources.end()) {
-            next.push_back(std::move(*it));
-        } else {
-            next.push_back(std::make_unique<OXMObjectIOCPtr>(source, mListener.get()));
-        }
-    }
-    mSources = std::move(next);
-}
-
 void OXWSliceView::recompute()
 {
     mTimer.stop();
     ++mRecomputeCount;
     OXMObject* object = mObject.get();
     mClassification.build(object);
-    bind(mClassification.getSources());
+    std::vector<OXMObject*> sources = mClassification.getSources();
+    sources.push_back(object);
+    mWatch.watch(sources);
     buildSlices();
     mComposedValid = false;
     update();

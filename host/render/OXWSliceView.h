@@ -2,7 +2,9 @@
 
 #include "OXWClassificationTable.h"
 
-#include <OXMObjectIOCPtr.h>
+#include "OXWObjectWatch.h"
+
+#include <OXMObjectWeakPtr.h>
 
 #include <QImage>
 #include <QString>
@@ -84,17 +86,13 @@ protected:
     void changeEvent(QEvent* event) override;
 
 private:
-    class Listener;
-    friend class Listener;
-
     void scheduleRecompute();
-    void bind(const std::vector<OXMObject*>& sources);
     void buildSlices();
     void compose();
 
-    std::unique_ptr<Listener> mListener;
-    OXMObjectIOCPtr mObject;
-    std::vector<std::unique_ptr<OXMObjectIOCPtr>> mSources;
+    // The object shown and every object its classification is read from.
+    OXWObjectWatch mWatch;
+    OXMObjectWeakPtr mObject;
     OXWClassificationTable mClassification;
     std::array<QImage, 3> mSlices;
     std::array<QSizeF, 3> mPhysicalSizes;

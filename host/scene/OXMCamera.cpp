@@ -1,6 +1,8 @@
 #include "OXMCamera.h"
 
 #include "OXMOxm2RenderSettings.h"
+#include "OXMSceneNames.h"
+#include "OXMVector3.h"
 
 OXM_SCENE_CLASS_IMPL(OXMCamera, "OXMCamera", OXMSceneObject)
 
@@ -8,6 +10,10 @@ OXMCamera::OXMCamera()
 {
     addLinkArray(OXM::RaytracingEngineList, true);
     appendLink(OXM::RaytracingEngineList, OXMObjectLink(new OXMOxm2RenderSettings));
+    addSingle(OXMSceneNames::cameraPosition(), OXMVector3<float>(0.0f, 0.0f, 0.0f));
+    addSingle(OXMSceneNames::cameraFocalPoint(), OXMVector3<float>(0.0f, 0.0f, 0.0f));
+    addSingle(OXMSceneNames::cameraViewUp(), OXMVector3<float>(0.0f, 1.0f, 0.0f));
+    addSingle(OXMSceneNames::cameraViewAngle(), 30.0f);
 }
 
 OXMCamera::OXMCamera(const OXMCamera& other) : OXMCamera()

@@ -47,6 +47,9 @@ public:
 
     const std::uint8_t* getData() const { return mData ? mData->data() : nullptr; }
     std::size_t getByteCount() const { return mData ? mData->size() : 0; }
+    // The voxel buffer itself, shared: it stays valid for its holder when the grid's data is
+    // replaced or the grid goes.
+    std::shared_ptr<const std::vector<std::uint8_t>> getDataHandle() const { return mData; }
     template <typename T>
     const T* getSamples() const
     {

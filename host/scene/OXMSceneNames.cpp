@@ -45,12 +45,20 @@ OXMenum OXMSceneNames::maskVersion() { static const OXMenum e = hostName("MaskVe
 OXMenum OXMSceneNames::voxelCount() { static const OXMenum e = hostName("VoxelCount"); return e; }
 OXMenum OXMSceneNames::dataRange() { static const OXMenum e = hostName("DataRange"); return e; }
 OXMenum OXMSceneNames::binCount() { static const OXMenum e = hostName("BinCount"); return e; }
+OXMenum OXMSceneNames::cameraPosition() { static const OXMenum e = hostName("CameraPosition"); return e; }
+OXMenum OXMSceneNames::cameraFocalPoint() { static const OXMenum e = hostName("CameraFocalPoint"); return e; }
+OXMenum OXMSceneNames::cameraViewUp() { static const OXMenum e = hostName("CameraViewUp"); return e; }
+OXMenum OXMSceneNames::cameraViewAngle() { static const OXMenum e = hostName("CameraViewAngle"); return e; }
 OXMenum OXMSceneNames::shadingModel() { static const OXMenum e = toolName("ShadingModel"); return e; }
 OXMenum OXMSceneNames::shadingCountLimit() { static const OXMenum e = toolName("ShadingCountLimit"); return e; }
 OXMenum OXMSceneNames::surfaceInverted() { static const OXMenum e = toolName("SurfaceInverted"); return e; }
 OXMenum OXMSceneNames::sceneCameraList() { static const OXMenum e = toolName("SceneCameraList"); return e; }
 OXMenum OXMSceneNames::tulvoRights() { static const OXMenum e = toolName("TulvoRights"); return e; }
 OXMenum OXMSceneNames::scatterHQ() { static const OXMenum e = toolName("ScatterHQ"); return e; }
+OXMenum OXMSceneNames::scatter() { static const OXMenum e = toolName("Scatter"); return e; }
+OXMenum OXMSceneNames::scatterGradient() { static const OXMenum e = toolName("ScatterGradient"); return e; }
+OXMenum OXMSceneNames::xRay() { static const OXMenum e = toolName("XRay"); return e; }
+OXMenum OXMSceneNames::sum() { static const OXMenum e = toolName("Sum"); return e; }
 // clang-format on
 
 bool OXMSceneNames::registerSceneClasses()

@@ -16,6 +16,12 @@ public:
     static OXMenum voxelCount();  // int, voxels inside a region
     static OXMenum dataRange();   // pair of floats of a histogram result
     static OXMenum binCount();    // int, bins of a histogram of floating-point data
+    // A camera's view: OXMVector3<float> position, focal point and up direction, and the
+    // float view angle in degrees.
+    static OXMenum cameraPosition();
+    static OXMenum cameraFocalPoint();
+    static OXMenum cameraViewUp();
+    static OXMenum cameraViewAngle();
 
     // Namespace of the classification plug-in.
     static OXMenum shadingModel();
@@ -24,6 +30,10 @@ public:
     static OXMenum sceneCameraList();
     static OXMenum tulvoRights();
     static OXMenum scatterHQ();
+    static OXMenum scatter();
+    static OXMenum scatterGradient();
+    static OXMenum xRay();
+    static OXMenum sum();
 
     // Declares the roles of the scene objects and registers every scene class with the class
     // manager (idempotent; also done when the library is loaded).

@@ -1,0 +1,109 @@
+#pragma once
+
+#include "OXWRenderStyle.h"
+
+#include <vtkSmartPointer.h>
+
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+class OXMObject;
+class OXWClassificationTable;
+class vtkActor;
+class vtkColorTransferFunction;
+class vtkFixedPointVolumeRayCastMapper;
+class vtkFlyingEdges3D;
+class vtkGPUVolumeRayCastMapper;
+class vtkImageData;
+class vtkPiecewiseFunction;
+class vtkPolyDataMapper;
+class vtkRenderer;
+class vtkVolume;
+class vtkVolumeProperty;
+
+// The VTK side of drawing one volume or region in a renderer: the voxels as an image (the
+// grid's buffer itself when it can be shared; a region gets a copy in which the voxels outside
+// it hold a value its classification leaves transparent), the classification table as VTK
+// transfer functions with one node per grey-value bin, and the method of the render style:
+// ray casting (composite, lit or unlit; maximum intensity; additive) or an isosurface mesh.
+//
+// Two ray casters: the fixed-point CPU ray caster, fast on a software OpenGL, and the GPU ray
+// caster for graphics hardware (and the additive projections, which only it has). The view
+// chooses; useHardware() switches. While interactive() is set, rays are cast on a coarser
+// image and sample grid (a quarter of the rays, half the samples), otherwise at full quality.
+//
+// update() rebuilds only what changed: the image when the grid, its data or the region's mask
+// changed, the transfer functions when the table changed, the method when the style changed.
+class OXWVolumePipeline
+{
+public:
+    explicit OXWVolumePipeline(vtkRenderer* renderer);
+    ~OXWVolumePipeline();
+    OXWVolumePipeline(const OXWVolumePipeline&) = delete;
+    OXWVolumePipeline& operator=(const OXWVolumePipeline&) = delete;
+
+    // Shows the object as the table and the style say; false, and nothing is shown, when the
+    // table is not valid or the voxels cannot be imported.
+    bool update(const OXMObject* object, const OXWClassificationTable& table,
+                const OXWRenderStyle& style);
+    void clear();
+    bool isShowing() const { return mShowing; }
+
+    void useHardware(bool hardware);
+    bool usesHardware() const { return mHardware; }
+    void setInteractive(bool interactive);
+    bool isInteractive() const { return mInteractive; }
+
+    // The world bounds of what is shown; false when nothing is.
+    bool getBounds(double bounds[6]) const;
+
+    // For tests and measurements.
+    vtkImageData* image() const;
+    vtkVolume* volume() const;
+    vtkActor* surface() const;
+    vtkPiecewiseFunction* opacityFunction() const;
+    vtkColorTransferFunction* colourFunction() const;
+
+private:
+    struct ImageKey
+    {
+        const void* grid = nullptr;
+        const void* data = nullptr;
+        int dataVersion = -1;
+        int maskVersion = -1;
+        int component = 0;
+        double outside = 0.0;
+        bool operator==(const ImageKey& o) const;
+    };
+
+    bool updateImage(const OXMObject* object, const OXWClassificationTable& table);
+    void updateTransferFunctions(const OXWClassificationTable& table);
+    void updateGradientOpacity(const OXWClassificationTable& table);
+    void updateLighting(const OXWClassificationTable& table, const OXWRenderStyle& style);
+    void updateMethod(const OXWRenderStyle& style, const OXWClassificationTable& table);
+    void updateSurface(const OXWRenderStyle& style, const OXWClassificationTable& table);
+    void applyQuality();
+
+    vtkRenderer* mRenderer;
+    vtkSmartPointer<vtkImageData> mImage;
+    vtkSmartPointer<vtkPiecewiseFunction> mOpacity;
+    vtkSmartPointer<vtkPiecewiseFunction> mGradient;
+    vtkSmartPointer<vtkColorTransferFunction> mColour;
+    vtkSmartPointer<vtkVolumeProperty> mProperty;
+    vtkSmartPointer<vtkFixedPointVolumeRayCastMapper> mSoftware;
+    vtkSmartPointer<vtkGPUVolumeRayCastMapper> mGPU;
+    vtkSmartPointer<vtkVolume> mVolume;
+    vtkSmartPointer<vtkFlyingEdges3D> mContour;
+    vtkSmartPointer<vtkPolyDataMapper> mSurfaceMapper;
+    vtkSmartPointer<vtkActor> mSurface;
+    ImageKey mImageKey;
+    // The voxel buffer the image shares, held while it does.
+    std::shared_ptr<const std::vector<std::uint8_t>> mData;
+    OXWRenderStyle mStyle;
+    std::vector<double> mScratch;
+    double mMinSpacing = 1.0;
+    bool mShowing = false;
+    bool mHardware = false;
+    bool mInteractive = false;
+};

@@ -1,0 +1,301 @@
+#include "OXWVolumeView.h"
+
+#include "OXWVolumePipeline.h"
+
+#include <OXMObject.h>
+#include <OXMObjectLink.h>
+#include <OXMObjectPath.h>
+#include <OXMSceneNames.h>
+#include <OXMSingleton.h>
+#include <OXMValueArrayPropertyIF.h>
+#include <OXMVector3.h>
+#include <OXWApplication.h>
+
+#include <QOpenGLContext>
+#include <QOpenGLFunctions>
+
+#include <vtkCamera.h>
+#include <vtkGenericOpenGLRenderWindow.h>
+#include <vtkInteractorStyleTrackballCamera.h>
+#include <vtkNew.h>
+#include <vtkRenderWindowInteractor.h>
+#include <vtkRenderer.h>
+#include <vtkTextActor.h>
+#include <vtkTextProperty.h>
+
+#include <cstring>
+
+namespace {
+
+OXMObject* firstLink(const OXMObject* object, OXMenum list)
+{
+    auto* p = OXMValueArrayPropertyIF<OXMObjectLink>::getInterface(
+        object ? object->getProperty(list) : nullptr);
+    if (!p || p->getArraySize() == 0)
+        return nullptr;
+    return p->getArray().front().getLink();
+}
+
+// Whether the renderer string names a software OpenGL; the environment can decide instead.
+bool softwareRenderer(const char* renderer)
+{
+    const QByteArray choice = qgetenv("OXW_VOLUME_RENDERER");
+    if (choice == "software" || choice == "hardware")
+        return choice == "software";
+    const QByteArray name = QByteArray(renderer ? renderer : "").toLower();
+    return name.isEmpty() || name.contains("llvmpipe") || name.contains("softpipe") ||
+           name.contains("software");
+}
+
+OXMVector3<float> toVector(const double v[3])
+{
+    return OXMVector3<float>(float(v[0]), float(v[1]), float(v[2]));
+}
+
+} // namespace
+
+OXWVolumeView::OXWVolumeView(QWidget* parent)
+    : QVTKOpenGLNativeWidget(parent), mWatch([this] { scheduleUpdate(); }), mCameraWatch([this] {
+          if (!mWritingCamera && !mCameraTimer.isActive())
+              mCameraTimer.start();
+      })
+{
+    vtkNew<vtkGenericOpenGLRenderWindow> window;
+    mRenderWindow = window;
+    setRenderWindow(window);
+    vtkNew<vtkRenderer> renderer;
+    mRenderer = renderer;
+    mRenderer->GradientBackgroundOn();
+    mRenderer->SetBackground(0.02, 0.02, 0.03);
+    mRenderer->SetBackground2(0.16, 0.17, 0.2);
+    mRenderWindow->AddRenderer(mRenderer);
+    vtkNew<vtkTextActor> text;
+    mText = text;
+    mText->GetTextProperty()->SetFontSize(16);
+    mText->GetTextProperty()->SetColor(0.8, 0.8, 0.8);
+    mText->GetTextProperty()->SetJustificationToCentered();
+    mText->GetTextProperty()->SetVerticalJustificationToCentered();
+    mText->GetPositionCoordinate()->SetCoordinateSystemToNormalizedViewport();
+    mText->SetPosition(0.5, 0.5);
+    mRenderer->AddActor2D(mText);
+    mPipeline = std::make_unique<OXWVolumePipeline>(mRenderer);
+
+    vtkNew<vtkInteractorStyleTrackballCamera> style;
+    interactor()->SetInteractorStyle(style);
+    style->AddObserver(vtkCommand::StartInteractionEvent, this, &OXWVolumeView::startInteraction);
+    style->AddObserver(vtkCommand::EndInteractionEvent, this, &OXWVolumeView::endInteraction);
+
+    mUpdateTimer.setSingleShot(true);
+    mUpdateTimer.setInterval(0);
+    connect(&mUpdateTimer, &QTimer::timeout, this, &OXWVolumeView::updateNow);
+    mRefineTimer.setSingleShot(true);
+    mRefineTimer.setInterval(RefineDelay);
+    connect(&mRefineTimer, &QTimer::timeout, this, &OXWVolumeView::refine);
+    mCameraTimer.setSingleShot(true);
+    mCameraTimer.setInterval(0);
+    connect(&mCameraTimer, &QTimer::timeout, this, [this] {
+        applyCamera();
+        render(isInteractionGoing());
+    });
+    mEmptyText = tr("No volume selected");
+    showEmptyText();
+}
+
+OXWVolumeView::~OXWVolumeView()
+{
+    mWatch.clear();
+    mCameraWatch.clear();
+    mPipeline.reset();
+}
+
+QSize OXWVolumeView::sizeHint() const
+{
+    return QSize(800, 600);
+}
+
+bool OXWVolumeView::isShowing() const
+{
+    return mPipeline->isShowing();
+}
+
+bool OXWVolumeView::usesHardwareRayCasting() const
+{
+    return mPipeline->usesHardware();
+}
+
+void OXWVolumeView::initializeGL()
+{
+    QVTKOpenGLNativeWidget::initializeGL();
+    const QOpenGLContext* context = QOpenGLContext::currentContext();
+    const auto* name =
+        context ? reinterpret_cast<const char*>(context->functions()->glGetString(GL_RENDERER))
+                : nullptr;
+    mPipeline->useHardware(!softwareRenderer(name));
+}
+
+void OXWVolumeView::setObject(OXMObject* object)
+{
+    if (object != mObject.get())
+        mCameraPlaced = false;
+    mObject = object;
+    updateNow();
+}
+
+void OXWVolumeView::scheduleUpdate()
+{
+    if (!mUpdateTimer.isActive())
+        mUpdateTimer.start();
+}
+
+void OXWVolumeView::updateNow()
+{
+    mUpdateTimer.stop();
+    OXMObject* object = mObject.get();
+    mTable.build(object);
+    std::vector<OXMObject*> sources = mTable.getSources();
+    mStyle = OXWRenderStyle::read(object, &sources);
+    sources.push_back(object);
+    mWatch.watch(sources);
+    OXMObject* camera = findCamera();
+    if (camera != mCamera.get())
+        mCameraPlaced = false;
+    mCamera = camera;
+    mCameraWatch.watch({camera});
+
+    if (mPipeline->update(object, mTable, mStyle)) {
+        mEmptyText.clear();
+    } else {
+        mEmptyText = !object            ? tr("No volume selected")
+                     : mTable.isValid() ? tr("The voxels of the selected object cannot be shown")
+                                        : tr("The selected object has no classification to show");
+    }
+    showEmptyText();
+    if (!mCameraPlaced)
+        applyCamera();
+    render(isInteractionGoing());
+}
+
+bool OXWVolumeView::isInteractionGoing() const
+{
+    const OXWApplication* app = OXMSingleton<OXWApplication>::getInstance();
+    return mInteracting || (app && app->isUserActionOpen());
+}
+
+void OXWVolumeView::render(bool interactive)
+{
+    mPipeline->setInteractive(interactive);
+    mRenderWindow->Render();
+    ++mRenderCount;
+    if (interactive)
+        mRefineTimer.start();
+    else
+        mRefineTimer.stop();
+    emit rendered(interactive);
+}
+
+void OXWVolumeView::refine()
+{
+    if (isInteractionGoing()) {
+        mRefineTimer.start();
+        return;
+    }
+    render(false);
+}
+
+void OXWVolumeView::startInteraction()
+{
+    mInteracting = true;
+    mPipeline->setInteractive(true);
+}
+
+void OXWVolumeView::endInteraction()
+{
+    mInteracting = false;
+    writeCamera();
+    mRefineTimer.start();
+}
+
+void OXWVolumeView::showEmptyText()
+{
+    mText->SetInput(mEmptyText.toUtf8().constData());
+    mText->SetVisibility(mEmptyText.isEmpty() ? 0 : 1);
+}
+
+QImage OXWVolumeView::grabImage()
+{
+    if (isUpdatePending())
+        updateNow();
+    return grabFramebuffer();
+}
+
+// --- camera ----------------------------------------------------------------------------------
+
+OXMObject* OXWVolumeView::findCamera() const
+{
+    OXMObjectPath path;
+    const OXMObject* object = mObject.get();
+    if (!object || !object->getValue(OXM::ScenePath, path) || path.isEmpty())
+        return nullptr;
+    return firstLink(path.getLink(0), OXMSceneNames::sceneCameraList());
+}
+
+void OXWVolumeView::applyCamera()
+{
+    const OXMObject* camera = mCamera.get();
+    OXMVector3<float> position, focal, up(0.0f, 1.0f, 0.0f);
+    float angle = 30.0f;
+    const bool hasView = camera && camera->getValue(OXMSceneNames::cameraPosition(), position) &&
+                         camera->getValue(OXMSceneNames::cameraFocalPoint(), focal) &&
+                         !(position == focal);
+    if (!hasView) {
+        if (!mCameraPlaced && isShowing())
+            resetCamera();
+        return;
+    }
+    camera->getValue(OXMSceneNames::cameraViewUp(), up);
+    camera->getValue(OXMSceneNames::cameraViewAngle(), angle);
+    vtkCamera* c = mRenderer->GetActiveCamera();
+    c->SetPosition(position.x, position.y, position.z);
+    c->SetFocalPoint(focal.x, focal.y, focal.z);
+    c->SetViewUp(up.x, up.y, up.z);
+    c->SetViewAngle(angle);
+    mRenderer->ResetCameraClippingRange();
+    mCameraPlaced = true;
+}
+
+void OXWVolumeView::writeCamera()
+{
+    OXMObject* camera = mCamera.get();
+    if (!camera)
+        return;
+    const vtkCamera* c = mRenderer->GetActiveCamera();
+    mWritingCamera = true;
+    camera->lock(OXM::PropertyMessage);
+    camera->setValue(OXMSceneNames::cameraPosition(),
+                     toVector(const_cast<vtkCamera*>(c)->GetPosition()));
+    camera->setValue(OXMSceneNames::cameraFocalPoint(),
+                     toVector(const_cast<vtkCamera*>(c)->GetFocalPoint()));
+    camera->setValue(OXMSceneNames::cameraViewUp(),
+                     toVector(const_cast<vtkCamera*>(c)->GetViewUp()));
+    camera->setValue(OXMSceneNames::cameraViewAngle(),
+                     float(const_cast<vtkCamera*>(c)->GetViewAngle()));
+    camera->unlock(OXM::PropertyMessage);
+    mWritingCamera = false;
+}
+
+void OXWVolumeView::resetCamera()
+{
+    double bounds[6];
+    if (!mPipeline->getBounds(bounds))
+        return;
+    vtkCamera* c = mRenderer->GetActiveCamera();
+    // Looking at the patient's front: the view from -y, z up.
+    c->SetFocalPoint(0.0, 0.0, 0.0);
+    c->SetPosition(0.0, -1.0, 0.0);
+    c->SetViewUp(0.0, 0.0, 1.0);
+    mRenderer->ResetCamera(bounds);
+    mCameraPlaced = true;
+    writeCamera();
+    if (isVisible())
+        render(false);
+}

@@ -1,0 +1,118 @@
+#pragma once
+
+#include "OXWClassificationTable.h"
+#include "OXWObjectWatch.h"
+#include "OXWRenderStyle.h"
+
+#include <OXMObjectWeakPtr.h>
+
+#include <QImage>
+#include <QString>
+#include <QTimer>
+#include <QVTKOpenGLNativeWidget.h>
+
+#include <memory>
+
+class OXWVolumePipeline;
+class vtkCamera;
+class vtkGenericOpenGLRenderWindow;
+class vtkRenderer;
+class vtkTextActor;
+
+// The 3D view: one volume or region of interest rendered with its classification
+// (OXWClassificationTable) in the way its render plug-in says (OXWRenderStyle), through VTK
+// (OXWVolumePipeline). The mouse rotates (left), pans (middle, or Shift + left) and zooms
+// (right, wheel); "r" or resetCamera() shows the whole object again.
+//
+// Following the scene: the view listens to the object, everything its table and style are
+// read from and the scene's camera. Any message schedules one update on a zero-delay
+// single-shot timer, so a burst of writes in one event-loop turn renders once.
+//
+// Quality: while the user drags in the view, or while a user action of the application is
+// open (a handle drag in the classification tool), frames are rendered at interactive
+// quality; RefineDelay ms after the last of them, once no action is open, the picture is
+// rendered again at full quality.
+//
+// Renderer: on a software OpenGL (Mesa's llvmpipe or softpipe) the CPU ray caster, on
+// graphics hardware the GPU ray caster; the environment variable OXW_VOLUME_RENDERER
+// ("software" or "hardware") overrides the choice.
+//
+// Camera: the view shows the scene's first camera ("SceneCameraList"): it applies the
+// camera's view when the camera changes, and writes it (outside any user action: view state)
+// after the user moved it and when it places a camera that has no view yet around the object.
+class OXWVolumeView : public QVTKOpenGLNativeWidget
+{
+    Q_OBJECT
+
+public:
+    static constexpr int RefineDelay = 150;
+
+    explicit OXWVolumeView(QWidget* parent = nullptr);
+    ~OXWVolumeView() override;
+
+    // Shows the object (a volume or a region of interest); null shows the empty state.
+    void setObject(OXMObject* object);
+    OXMObject* getObject() const { return mObject.get(); }
+
+    // Whether a volume is drawn; else getEmptyText() says why not.
+    bool isShowing() const;
+    QString getEmptyText() const { return mEmptyText; }
+    const OXWClassificationTable& getClassification() const { return mTable; }
+    const OXWRenderStyle& getStyle() const { return mStyle; }
+    OXWVolumePipeline& pipeline() const { return *mPipeline; }
+    vtkRenderer* renderer() const { return mRenderer; }
+    bool usesHardwareRayCasting() const;
+    bool isUpdatePending() const { return mUpdateTimer.isActive(); }
+    bool isRefinePending() const { return mRefineTimer.isActive(); }
+    // Frames rendered since construction.
+    int getRenderCount() const { return mRenderCount; }
+
+    // The picture at the widget's size, after any pending update.
+    QImage grabImage();
+
+    QSize sizeHint() const override;
+
+public slots:
+    // Re-reads the object and renders now (a pending update is dropped).
+    void updateNow();
+    // Places the camera around the object and writes it to the scene's camera.
+    void resetCamera();
+
+signals:
+    // After every frame; interactive tells its quality.
+    void rendered(bool interactive);
+
+protected:
+    void initializeGL() override;
+
+private:
+    void scheduleUpdate();
+    void refine();
+    void render(bool interactive);
+    bool isInteractionGoing() const;
+    void startInteraction();
+    void endInteraction();
+    OXMObject* findCamera() const;
+    void applyCamera();
+    void writeCamera();
+    void showEmptyText();
+
+    OXWObjectWatch mWatch;
+    OXWObjectWatch mCameraWatch;
+    OXMObjectWeakPtr mObject;
+    OXMObjectWeakPtr mCamera;
+    OXWClassificationTable mTable;
+    OXWRenderStyle mStyle;
+    QString mEmptyText;
+    vtkGenericOpenGLRenderWindow* mRenderWindow = nullptr;
+    vtkRenderer* mRenderer = nullptr;
+    vtkTextActor* mText = nullptr;
+    std::unique_ptr<OXWVolumePipeline> mPipeline;
+    QTimer mUpdateTimer;
+    QTimer mRefineTimer;
+    QTimer mCameraTimer;
+    int mRenderCount = 0;
+    bool mInteracting = false;
+    bool mWritingCamera = false;
+    bool mCameraPlaced = false;
+};

@@ -1,0 +1,285 @@
+// The 3D view on small synthetic volumes, compared pixel by pixel: what the classification and
+// the render method show, and how the view follows the scene.
+
+#include "OXWVolumeView.h"
+#include "OXWViewsTestSupport.h"
+#include "OXWVolumePipeline.h"
+
+#include <OXMCamera.h>
+#include <OXMObjectRefPtr.h>
+#include <OXMScene.h>
+#include <OXMSceneNames.h>
+#include <OXWApplication.h>
+#include <OXWUndoStack.h>
+
+#include <vtkVolume.h>
+
+#include <gtest/gtest.h>
+
+#include <QSignalSpy>
+
+#include <cmath>
+#include <functional>
+#include <memory>
+
+using namespace oxwviewtest;
+
+namespace {
+
+using Handles = std::vector<OXMVector2<float>>;
+using Voxels = std::function<std::uint16_t(double x, double y, double z)>;
+
+constexpr int Size = 32;
+
+// Distance of a voxel from the centre of the volume, in voxels.
+double radius(double x, double y, double z)
+{
+    const double c = (Size - 1) / 2.0;
+    return std::sqrt((x - c) * (x - c) + (y - c) * (y - c) + (z - c) * (z - c));
+}
+
+// A cube of grey value 100 with a ball of 200 in its middle.
+std::uint16_t ballInCube(double x, double y, double z)
+{
+    return radius(x, y, z) < Size / 4.0 ? 200 : 100;
+}
+
+class VolumeView : public ::testing::Test
+{
+protected:
+    void show(const Voxels& voxels)
+    {
+        std::vector<std::uint16_t> samples;
+        for (int z = 0; z < Size; ++z)
+            for (int y = 0; y < Size; ++y)
+                for (int x = 0; x < Size; ++x)
+                    samples.push_back(voxels(x, y, z));
+        auto* grid = new OXMSampleGrid;
+        ASSERT_TRUE(grid->setSamples({Size, Size, Size}, OXM::UInt16, samples));
+        volume = OXMVolumeRenderObject::create(grid, "Test");
+        ASSERT_TRUE(scene->addVolume(volume));
+        ASSERT_TRUE(volume->getHistogram()->execute(OXM::Calculate));
+        view.resize(160, 160);
+        view.show();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
+        view.setObject(volume);
+        ASSERT_TRUE(view.isShowing()) << view.getEmptyText().toStdString();
+    }
+
+    OXMSampleMaterial* material() const { return volume->getMaterial(); }
+    void curve(OXMenum channel, const Handles& handles)
+    {
+        ASSERT_TRUE(material()->getChannel(channel)->setCurve(handles));
+    }
+    // Ambient and diffuse colour alike.
+    void colour(const Handles& red, const Handles& green, const Handles& blue)
+    {
+        curve(OXM::AmbientRed, red);
+        curve(OXM::DiffuseRed, red);
+        curve(OXM::AmbientGreen, green);
+        curve(OXM::DiffuseGreen, green);
+        curve(OXM::AmbientBlue, blue);
+        curve(OXM::DiffuseBlue, blue);
+    }
+    QImage frame()
+    {
+        QCoreApplication::processEvents();
+        view.updateNow();
+        return view.grabImage();
+    }
+    // The picture with the volume hidden: the background alone.
+    QImage background()
+    {
+        view.pipeline().volume()->SetVisibility(0);
+        const QImage image = view.grabImage();
+        view.pipeline().volume()->SetVisibility(1);
+        return image;
+    }
+    static int count(const QImage& image, const std::function<bool(QRgb)>& test)
+    {
+        int n = 0;
+        for (int y = 0; y < image.height(); ++y)
+            for (int x = 0; x < image.width(); ++x)
+                n += test(image.pixel(x, y)) ? 1 : 0;
+        return n;
+    }
+    static bool reddish(QRgb p)
+    {
+        return qRed(p) > 40 && 2 * qRed(p) > 3 * std::max(qGreen(p), qBlue(p));
+    }
+    // Unlit rendering: the colours as the classification gives them, whatever the normals.
+    void unlit()
+    {
+        ASSERT_TRUE(volume->getRenderPlugin()->setValue(OXMSceneNames::shadingModel(),
+                                                        OXMSceneNames::scatterHQ()));
+    }
+
+    OXWApplication app;
+    OXMObjectPtr sceneHold{new OXMScene};
+    OXMScene* scene = static_cast<OXMScene*>(sceneHold.get());
+    OXMVolumeRenderObject* volume = nullptr;
+    OXWVolumeView view;
+};
+
+} // namespace
+
+TEST_F(VolumeView, AFullyTransparentClassificationShowsOnlyTheBackground)
+{
+    show(ballInCube);
+    curve(OXM::Opacity, {{100.0f, 0.0f}, {200.0f, 0.0f}});
+    const QImage transparent = frame();
+    EXPECT_EQ(transparent, background());
+    curve(OXM::Opacity, {{100.0f, 0.0f}, {200.0f, 1.0f}});
+    EXPECT_NE(frame(), transparent);
+}
+
+// The ball alone is classified, red in ambient and diffuse light; disabling its interval
+// takes it away.
+TEST_F(VolumeView, ARedBallShowsRedAndDisablingItsIntervalRemovesIt)
+{
+    show(ballInCube);
+    ASSERT_TRUE(setArray<int>(material(), OXM::IntervalIndexList, {99, 150, 200}));
+    ASSERT_TRUE(setArray<OXMenum>(material(), OXM::IntervalModeList, {OXM::Enabled, OXM::Enabled}));
+    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
+    colour({{100.0f, 1.0f}, {200.0f, 1.0f}}, {{100.0f, 0.0f}, {200.0f, 0.0f}},
+           {{100.0f, 0.0f}, {200.0f, 0.0f}});
+    const int red = count(frame(), reddish);
+    EXPECT_GT(red, 160 * 160 / 20);
+
+    ASSERT_TRUE(
+        setArray<OXMenum>(material(), OXM::IntervalModeList, {OXM::Enabled, OXM::Disabled}));
+    const QImage disabled = frame();
+    EXPECT_EQ(count(disabled, reddish), 0);
+    EXPECT_EQ(disabled, background());
+}
+
+// Only the ambient colour is red: the ball shows red, weighted by the intensities; with a
+// white ambient colour it is grey.
+TEST_F(VolumeView, ARedAmbientColourShowsRed)
+{
+    show(ballInCube);
+    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
+    ASSERT_TRUE(material()->getChannel(OXM::AmbientIntensity)->setValue(OXM::Scale, 0.6f));
+    ASSERT_TRUE(material()->getChannel(OXM::DiffuseIntensity)->setValue(OXM::Scale, 0.4f));
+    EXPECT_EQ(count(frame(), reddish), 0);
+    curve(OXM::AmbientGreen, {{100.0f, 0.0f}, {200.0f, 0.0f}});
+    curve(OXM::AmbientBlue, {{100.0f, 0.0f}, {200.0f, 0.0f}});
+    EXPECT_GT(count(frame(), reddish), 160 * 160 / 40);
+}
+
+// An opaque blue cube around a red ball: composite (unlit) shows the cube's blue face, the
+// maximum projection the red ball behind it.
+TEST_F(VolumeView, MaximumProjectionShowsTheBrightestVoxelBehindOpaqueOnes)
+{
+    show(ballInCube);
+    curve(OXM::Opacity, {{100.0f, 1.0f}, {200.0f, 1.0f}});
+    colour({{100.0f, 0.0f}, {200.0f, 1.0f}}, {{100.0f, 0.0f}, {200.0f, 0.0f}},
+           {{100.0f, 1.0f}, {200.0f, 0.0f}});
+    OXMObject* plugin = volume->getRenderPlugin();
+    unlit();
+    const QRgb composite = frame().pixel(80, 80);
+    EXPECT_GT(qBlue(composite), qRed(composite));
+    ASSERT_TRUE(plugin->setValue(OXMSceneNames::shadingModel(), OXM::Maximum));
+    const QRgb maximum = frame().pixel(80, 80);
+    EXPECT_EQ(view.getStyle().method, OXWRenderStyle::Method::MaximumIntensity);
+    EXPECT_GT(qRed(maximum), 2 * qBlue(maximum));
+}
+
+// A ball whose grey value falls off with the radius: the isosurface of a lower value is a
+// larger sphere.
+TEST_F(VolumeView, TheIsosurfaceFollowsTheIsoValue)
+{
+    show([](double x, double y, double z) {
+        return std::uint16_t(std::max(0.0, 1000.0 - 40.0 * radius(x, y, z)));
+    });
+    OXMObjectRefPtr iso("OXMRaytracing::Isosurface::RenderPlugin");
+    ASSERT_TRUE(iso);
+    iso->prepareRoles();
+    ASSERT_TRUE(volume->setValue(OXM::RenderPlugin, OXMObjectLink(iso.get())));
+    const auto width = [this](float value) {
+        EXPECT_TRUE(setArray<float>(material(), OXM::IsosurfaceValueList, {value}));
+        const QImage image = frame();
+        const QRgb corner = image.pixel(0, image.height() / 2);
+        int n = 0;
+        for (int x = 0; x < image.width(); ++x)
+            n += image.pixel(x, image.height() / 2) != corner ? 1 : 0;
+        return n;
+    };
+    const int small = width(800.0f); // radius 5 voxels
+    const int large = width(600.0f); // radius 10 voxels
+    EXPECT_EQ(view.getStyle().method, OXWRenderStyle::Method::Isosurface);
+    EXPECT_GT(small, 5);
+    EXPECT_NEAR(double(large) / small, 2.0, 0.4);
+}
+
+// 16-bit data spanning less than 32 768 grey values: an opacity spike one grey value wide
+// shows, because the CPU ray caster's tables hold every grey value.
+TEST_F(VolumeView, ASpikeOneGreyValueWideShowsInSixteenBitData)
+{
+    show([](double x, double, double) {
+        return std::uint16_t(x == 0 ? 30000 : (x >= 12 && x < 20 ? 20001 : 0));
+    });
+    ASSERT_EQ(view.getClassification().getLastBin(), 30000);
+    unlit();
+    const auto bright = [](QRgb p) { return qGray(p) > 100; };
+    curve(OXM::Opacity, {{20000.0f, 0.0f}, {20001.0f, 1.0f}, {20002.0f, 0.0f}});
+    const int slab = count(frame(), bright);
+    EXPECT_GT(slab, 160 * 160 / 20);
+    // One grey value further, the slab is gone (only the edge by the 30 000 voxels, whose
+    // interpolation passes through it, remains).
+    curve(OXM::Opacity, {{20001.0f, 0.0f}, {20002.0f, 1.0f}, {20003.0f, 0.0f}});
+    EXPECT_LT(count(frame(), bright), slab / 10);
+}
+
+TEST_F(VolumeView, UndoOfAnOpacityEditRestoresThePictureExactly)
+{
+    show(ballInCube);
+    const QImage before = frame();
+    {
+        OXWApplication::UserActionScope step(QStringLiteral("Change opacity"));
+        curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.8f}, {200.0f, 0.1f}});
+    }
+    const QImage edited = frame();
+    EXPECT_NE(edited, before);
+    ASSERT_TRUE(app.undoStack()->undo());
+    EXPECT_EQ(frame(), before);
+}
+
+// Writes in one event-loop turn render once; inside a user action at interactive quality,
+// refined once the action is over.
+TEST_F(VolumeView, ABurstOfWritesRendersOnceAndADragIsRefinedAfterwards)
+{
+    show(ballInCube);
+    QSignalSpy frames(&view, &OXWVolumeView::rendered);
+    const int action = app.userActionBegin(QStringLiteral("Change opacity"));
+    for (int i = 1; i <= 10; ++i)
+        curve(OXM::Opacity, {{100.0f, 0.0f}, {200.0f, float(i) / 10.0f}});
+    EXPECT_TRUE(view.isUpdatePending());
+    ASSERT_TRUE(waitFor([&] { return frames.count() >= 1; }));
+    QCoreApplication::processEvents();
+    ASSERT_EQ(frames.count(), 1);
+    EXPECT_TRUE(frames.at(0).at(0).toBool()); // interactive
+    EXPECT_TRUE(view.pipeline().isInteractive());
+    app.userActionEnd(action);
+    ASSERT_TRUE(waitFor([&] { return frames.count() == 2; }, 3000));
+    EXPECT_FALSE(frames.at(1).at(0).toBool());
+    EXPECT_FALSE(view.pipeline().isInteractive());
+}
+
+// The view places a camera that has none around the volume, and follows the camera when it
+// changes elsewhere.
+TEST_F(VolumeView, FollowsTheScenesCamera)
+{
+    show(ballInCube);
+    curve(OXM::Opacity, {{100.0f, 0.2f}, {200.0f, 1.0f}});
+    OXMObject* camera = scene->getCamera();
+    OXMVector3<float> position, focal;
+    ASSERT_TRUE(camera->getValue(OXMSceneNames::cameraPosition(), position));
+    ASSERT_TRUE(camera->getValue(OXMSceneNames::cameraFocalPoint(), focal));
+    EXPECT_FALSE(position == focal);
+    const QImage front = frame();
+    ASSERT_TRUE(
+        camera->setValue(OXMSceneNames::cameraPosition(),
+                         OXMVector3<float>(position.x, position.y, position.z * 2.0f + 100.0f)));
+    ASSERT_TRUE(waitFor([&] { return !view.grabImage().isNull() && view.grabImage() != front; }));
+}
