@@ -1,6 +1,7 @@
 # Entry points for building, testing and benchmarking.
 #   make run        install missing packages, build, start the viewer on the built-in sample;
-#                   without a display it runs offscreen and writes SCREENSHOT (oxwviewer.png)
+#                   without a display it runs on a private Xvfb and writes SCREENSHOT
+#                   (oxwviewer.png)
 #   make test       install missing packages, build, run every test
 #   make test-asan  the same with AddressSanitizer + UndefinedBehaviorSanitizer
 #   make bench      build and run the benchmarks (optimised build)
@@ -24,8 +25,9 @@ run: build
 	@if [ -n "$$DISPLAY" ] || [ -n "$$WAYLAND_DISPLAY" ]; then \
 		$(VIEWER); \
 	else \
-		echo "No display: running offscreen and writing $(SCREENSHOT)"; \
-		QT_QPA_PLATFORM=offscreen $(VIEWER) --screenshot $(SCREENSHOT); \
+		echo "No display: running on a private X server (Xvfb) and writing $(SCREENSHOT)"; \
+		QT_QPA_PLATFORM=xcb xvfb-run -a -s "-screen 0 1600x1000x24 -nolisten tcp" \
+			$(VIEWER) --screenshot $(SCREENSHOT); \
 	fi
 
 test: build
