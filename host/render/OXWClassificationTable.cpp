@@ -38,6 +38,11 @@ bool valueOf(const OXMObject* object, OXMenum id, T& value)
     return true;
 }
 
+float unit(float v)
+{
+    return v < 0.0f ? 0.0f : (v > 1.0f ? 1.0f : v);
+}
+
 // A resolved channel read once: a constant, or the handles of its piecewise-linear curve
 // with their scale and bias (the same values as the channel object's own evaluate()).
 struct Curve
@@ -59,6 +64,31 @@ struct Curve
             constant = scale;
         else
             handles = arrayOf<OXMVector2<float>>(channel, OXM::LookupTableHandleList);
+    }
+
+    // The smallest and the largest value the curve takes.
+    std::pair<float, float> range() const
+    {
+        if (handles.empty())
+            return {constant, constant};
+        float lo = handles.front().y, hi = lo;
+        for (const OXMVector2<float>& h : handles) {
+            lo = std::min(lo, h.y);
+            hi = std::max(hi, h.y);
+        }
+        const float a = lo * scale + bias, b = hi * scale + bias;
+        return {std::min(a, b), std::max(a, b)};
+    }
+
+    // As fill(), clamped to 0 .. 1 (a pass of its own only for a curve that leaves them).
+    void fillUnit(float* out, float x0, int count) const
+    {
+        fill(out, x0, count);
+        const std::pair<float, float> r = range();
+        if (r.first >= 0.0f && r.second <= 1.0f)
+            return;
+        for (int i = 0; i < count; ++i)
+            out[i] = unit(out[i]);
     }
 
     // The value at x (a single evaluation).
@@ -92,17 +122,16 @@ struct Curve
             const float dx = b.x - a.x;
             const float slope = dx > 0.0f ? (b.y - a.y) / dx : 0.0f;
             const float base = dx > 0.0f ? a.y : b.y;
-            for (; i < end; ++i)
-                out[i] = (base + (x0 + float(i) - a.x) * slope) * scale + bias;
+            // value(i) = (base + (x0 + i - a.x) * slope) * scale + bias, as c + i * k.
+            const float c = (base + (x0 - a.x) * slope) * scale + bias;
+            const float k = slope * scale;
+            for (int m = i; m < end; ++m)
+                out[m] = c + float(m) * k;
+            i = std::max(i, end);
         }
         std::fill(out + i, out + count, handles.back().y * scale + bias);
     }
 };
-
-float unit(float v)
-{
-    return std::min(1.0f, std::max(0.0f, v));
-}
 
 int toByte(float v)
 {
@@ -155,6 +184,7 @@ void OXWClassificationTable::clear()
     mRGBA.clear();
     mGradientOpacity.clear();
     mTable.clear();
+    mPacked = true;
     mSources.clear();
 }
 
@@ -283,7 +313,7 @@ OXWClassificationTable::Status OXWClassificationTable::build(const OXMObject* ob
     for (OXMObject* o : visited)
         addSource(o);
     clearOutsideEnabledIntervals(material);
-    pack();
+    mPacked = false;
     mStatus = Status::Ok;
     return mStatus;
 }
@@ -314,9 +344,10 @@ void OXWClassificationTable::fillEntries(const OXMObject* material, const OXMObj
     const float x0 = float(mFirst);
     for (std::vector<float>& curve : mCurves)
         curve.resize(std::size_t(n));
-    Curve(opacity).fill(mCurves[0].data(), x0, n);
+    Curve(opacity).fillUnit(mCurves[0].data(), x0, n);
     for (int c = 0; c < 6; ++c)
-        Curve(resolveChannel(material, Colours[c], &visited)).fill(mCurves[c + 1].data(), x0, n);
+        Curve(resolveChannel(material, Colours[c], &visited))
+            .fillUnit(mCurves[c + 1].data(), x0, n);
 
     // Colour: ambient and diffuse weighted by their intensities (their mean without any).
     const float sum = mLighting.ambient + mLighting.diffuse;
@@ -324,16 +355,20 @@ void OXWClassificationTable::fillEntries(const OXMObject* material, const OXMObj
     const float wd = sum > 0.0f ? mLighting.diffuse / sum : 0.5f;
     const float t = mTransparency;
     mRGBA.resize(std::size_t(n) * 4);
-    float* out = mRGBA.data();
-    const float* a = mCurves[0].data();
-    const float* colour[6];
-    for (int c = 0; c < 6; ++c)
-        colour[c] = mCurves[c + 1].data();
-    for (int i = 0; i < n; ++i, out += 4) {
-        out[0] = unit(wa * unit(colour[0][i]) + wd * unit(colour[3][i]));
-        out[1] = unit(wa * unit(colour[1][i]) + wd * unit(colour[4][i]));
-        out[2] = unit(wa * unit(colour[2][i]) + wd * unit(colour[5][i]));
-        out[3] = unit(a[i]) * t;
+    float* __restrict out = mRGBA.data();
+    const float* __restrict a = mCurves[0].data();
+    const float* __restrict ar = mCurves[1].data();
+    const float* __restrict ag = mCurves[2].data();
+    const float* __restrict ab = mCurves[3].data();
+    const float* __restrict dr = mCurves[4].data();
+    const float* __restrict dg = mCurves[5].data();
+    const float* __restrict db = mCurves[6].data();
+    // Every curve is within 0 .. 1 and wa + wd = 1: so is every entry.
+    for (int i = 0; i < n; ++i) {
+        out[4 * i] = wa * ar[i] + wd * dr[i];
+        out[4 * i + 1] = wa * ag[i] + wd * dg[i];
+        out[4 * i + 2] = wa * ab[i] + wd * db[i];
+        out[4 * i + 3] = a[i] * t;
     }
 }
 
@@ -342,37 +377,48 @@ void OXWClassificationTable::fillGradientOpacity(const OXMObject* material,
 {
     const OXMObject* channel = resolveChannel(material, OXM::Gradient, &visited);
     mGradientOpacity.clear();
-    if (!channel)
+    const Curve curve(channel);
+    if (!channel || curve.range().first >= 1.0f)
         return;
     mGradientOpacity.resize(std::size_t(getBinCount()));
-    Curve(channel).fill(mGradientOpacity.data(), float(mFirst), getBinCount());
-    if (std::all_of(mGradientOpacity.begin(), mGradientOpacity.end(),
-                    [](float g) { return g >= 1.0f; }))
-        mGradientOpacity.clear();
+    curve.fill(mGradientOpacity.data(), float(mFirst), getBinCount());
 }
 
 void OXWClassificationTable::clearOutsideEnabledIntervals(const OXMObject* material)
 {
     const std::vector<int> borders = arrayOf<int>(material, OXM::IntervalIndexList);
     const std::vector<OXMenum> modes = arrayOf<OXMenum>(material, OXM::IntervalModeList);
-    // Bins shown: b(i) + 1 .. b(i+1) of each enabled interval i.
-    std::vector<char> shown(std::size_t(getBinCount()), 0);
+    // Bins shown: b(i) + 1 .. b(i+1) of each enabled interval i; the bins from `hidden` up to
+    // the next shown one are cleared.
+    long long hidden = mFirst;
+    const auto clearUpTo = [this, &hidden](long long end) {
+        const long long from = std::max<long long>(hidden, mFirst);
+        const long long to = std::min<long long>(end, mLast + 1LL);
+        if (from < to)
+            std::fill(mRGBA.begin() + std::ptrdiff_t((from - mFirst) * 4),
+                      mRGBA.begin() + std::ptrdiff_t((to - mFirst) * 4), 0.0f);
+    };
     for (std::size_t i = 0; i + 1 < borders.size(); ++i) {
         if (i < modes.size() && modes[i] == OXM::Disabled)
             continue;
-        const long long from = std::max<long long>(borders[i] + 1LL, mFirst);
-        const long long to = std::min<long long>(borders[i + 1], mLast);
-        for (long long k = from; k <= to; ++k)
-            shown[std::size_t(k - mFirst)] = 1;
+        const long long from = borders[i] + 1LL;
+        clearUpTo(from);
+        hidden = std::max(hidden, borders[i + 1] + 1LL);
     }
-    for (std::size_t i = 0; i < shown.size(); ++i)
-        if (!shown[i])
-            std::fill_n(mRGBA.begin() + std::ptrdiff_t(i * 4), 4, 0.0f);
+    clearUpTo(mLast + 1LL);
 }
 
-void OXWClassificationTable::pack()
+const std::vector<QRgb>& OXWClassificationTable::getTable() const
 {
-    const std::size_t n = std::size_t(getBinCount());
+    if (!mPacked)
+        pack();
+    return mTable;
+}
+
+void OXWClassificationTable::pack() const
+{
+    mPacked = true;
+    const std::size_t n = mStatus == Status::Ok ? std::size_t(getBinCount()) : 0;
     mTable.resize(n);
     const float* e = mRGBA.data();
     for (std::size_t i = 0; i < n; ++i, e += 4) {

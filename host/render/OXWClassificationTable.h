@@ -89,13 +89,15 @@ public:
     // magnitude, in grey values per voxel, read at first + magnitude); empty while the channel
     // is 1 everywhere, as it is by default.
     const std::vector<float>& getGradientOpacity() const { return mGradientOpacity; }
-    // Premultiplied ARGB entries (QImage::Format_ARGB32_Premultiplied layout), one per bin.
-    const std::vector<QRgb>& getTable() const { return mTable; }
+    // Premultiplied ARGB entries (QImage::Format_ARGB32_Premultiplied layout), one per bin;
+    // made from the float entries on the first call after a build.
+    const std::vector<QRgb>& getTable() const;
     // The entry of bin k; transparent outside the bin range.
     QRgb entryForBin(long long k) const
     {
+        const std::vector<QRgb>& table = getTable();
         const long long i = k - mFirst;
-        return i >= 0 && i < (long long)mTable.size() ? mTable[std::size_t(i)] : 0u;
+        return i >= 0 && i < (long long)table.size() ? table[std::size_t(i)] : 0u;
     }
 
     // Floating-point data: the bin a native value falls into; integer data: the value rounded.
@@ -143,7 +145,7 @@ private:
                      std::vector<OXMObject*>& visited);
     void clearOutsideEnabledIntervals(const OXMObject* material);
     void fillGradientOpacity(const OXMObject* material, std::vector<OXMObject*>& visited);
-    void pack();
+    void pack() const;
 
     // The bin range counted over a grid without histogram values. The grid pointer only
     // identifies the grid (with its data version); it is never dereferenced from here.
@@ -171,7 +173,8 @@ private:
     float mTransparency = 1.0f;
     std::vector<float> mRGBA;
     std::vector<float> mGradientOpacity;
-    std::vector<QRgb> mTable;
+    mutable std::vector<QRgb> mTable;
+    mutable bool mPacked = true;
     // One curve per bin while the entries are filled (kept to spare the allocations).
     std::vector<float> mCurves[7];
     std::vector<OXMObject*> mSources;

@@ -18,6 +18,7 @@
 #include <vtkPointData.h>
 #include <vtkPolyDataMapper.h>
 #include <vtkProperty.h>
+#include <vtkRenderWindow.h>
 #include <vtkRenderer.h>
 #include <vtkVolume.h>
 #include <vtkVolumeProperty.h>
@@ -48,8 +49,11 @@ int vtkTypeOf(OXMenum type)
     return -1;
 }
 
-// Interactive quality: a quarter of the rays, half the samples along each.
-constexpr double InteractiveImageSampleDistance = 2.0;
+// Interactive quality: the frame rate the ray casters aim at, by casting fewer rays (at most
+// one per MaximumImageSampleDistance² pixels) with half the samples along each.
+constexpr double InteractiveFramesPerSecond = 12.0;
+constexpr double StillFramesPerSecond = 0.0001;
+constexpr float MaximumImageSampleDistance = 8.0f;
 constexpr double InteractiveSampleFactor = 2.0;
 
 // Copies one component of the voxels, the voxels outside the mask set to `outside`.
@@ -316,14 +320,22 @@ void OXWVolumePipeline::setInteractive(bool interactive)
 
 void OXWVolumePipeline::applyQuality()
 {
-    const double factor = mInteractive ? InteractiveSampleFactor : 1.0;
-    const double distance = mMinSpacing * double(mStyle.samplingDistance) * factor;
-    const double image = mInteractive ? InteractiveImageSampleDistance : 1.0;
-    mSoftware->SetSampleDistance(distance);
-    mSoftware->SetInteractiveSampleDistance(distance);
-    mSoftware->SetImageSampleDistance(image);
-    mGPU->SetSampleDistance(float(distance));
-    mGPU->SetImageSampleDistance(float(image));
+    const double distance = mMinSpacing * double(mStyle.samplingDistance);
+    mSoftware->SetSampleDistance(float(distance));
+    mSoftware->SetInteractiveSampleDistance(float(distance * InteractiveSampleFactor));
+    mSoftware->SetAutoAdjustSampleDistances(mInteractive ? 1 : 0);
+    mSoftware->SetMaximumImageSampleDistance(MaximumImageSampleDistance);
+    mGPU->SetSampleDistance(float(distance * (mInteractive ? InteractiveSampleFactor : 1.0)));
+    mGPU->SetAutoAdjustSampleDistances(mInteractive ? 1 : 0);
+    mGPU->SetMaximumImageSampleDistance(MaximumImageSampleDistance);
+    if (!mInteractive) {
+        mSoftware->SetImageSampleDistance(1.0f);
+        mGPU->SetImageSampleDistance(1.0f);
+    }
+    // The ray casters share out the time of a frame that the window allows.
+    if (vtkRenderWindow* window = mRenderer->GetRenderWindow())
+        window->SetDesiredUpdateRate(mInteractive ? InteractiveFramesPerSecond
+                                                  : StillFramesPerSecond);
 }
 
 bool OXWVolumePipeline::getBounds(double bounds[6]) const

@@ -30,8 +30,9 @@ class vtkVolumeProperty;
 //
 // Two ray casters: the fixed-point CPU ray caster, fast on a software OpenGL, and the GPU ray
 // caster for graphics hardware (and the additive projections, which only it has). The view
-// chooses; useHardware() switches. While interactive() is set, rays are cast on a coarser
-// image and sample grid (a quarter of the rays, half the samples), otherwise at full quality.
+// chooses; useHardware() switches. While interactive() is set, the ray casters adapt the
+// number of rays to reach about 12 frames per second, with half the samples along each;
+// otherwise they cast one ray per pixel at the full sampling distance.
 //
 // update() rebuilds only what changed: the image when the grid, its data or the region's mask
 // changed, the transfer functions when the table changed, the method when the style changed.
