@@ -4,6 +4,7 @@
 #include <OXMObject.h>
 #include <OXMRegionOfInterest.h>
 #include <OXMSampleGrid.h>
+#include <OXMSampleLoops.h>
 #include <OXMTypeInfo.h>
 #include <OXMVector3.h>
 
@@ -12,8 +13,10 @@
 #include <QPaintEvent>
 #include <QPainter>
 #include <QResizeEvent>
+#include <QWheelEvent>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <type_traits>
 
@@ -29,35 +32,40 @@ struct SliceGeometry
     long long stepV = 0;  // voxel index step per pixel downwards
 };
 
-SliceGeometry sliceGeometry(OXWSliceView::Plane plane, const OXMVector3<int>& d)
+SliceGeometry sliceGeometry(OXWSliceView::Plane plane, const OXMVector3<int>& d, int index)
 {
-    const long long nx = d.x, ny = d.y, nz = d.z;
-    const long long sliceXY = nx * ny;
+    const long long nx = d.x, nz = d.z;
+    const long long sliceXY = nx * d.y;
     SliceGeometry g;
     switch (plane) {
     case OXWSliceView::Axial:
         g.width = d.x;
         g.height = d.y;
-        g.origin = (nz / 2) * sliceXY;
+        g.origin = index * sliceXY;
         g.stepU = 1;
         g.stepV = nx;
         break;
     case OXWSliceView::Coronal:
         g.width = d.x;
         g.height = d.z;
-        g.origin = (nz - 1) * sliceXY + (ny / 2) * nx;
+        g.origin = (nz - 1) * sliceXY + index * nx;
         g.stepU = 1;
         g.stepV = -sliceXY;
         break;
     case OXWSliceView::Sagittal:
         g.width = d.y;
         g.height = d.z;
-        g.origin = (nz - 1) * sliceXY + nx / 2;
+        g.origin = (nz - 1) * sliceXY + index;
         g.stepU = nx;
         g.stepV = -sliceXY;
         break;
     }
     return g;
+}
+
+int planeSize(OXWSliceView::Plane plane, const OXMVector3<int>& d)
+{
+    return plane == OXWSliceView::Axial ? d.z : plane == OXWSliceView::Coronal ? d.y : d.x;
 }
 
 template <typename T>
@@ -112,6 +120,8 @@ QString OXWSliceView::planeCaption(Plane plane)
 
 void OXWSliceView::setObject(OXMObject* object)
 {
+    if (object != mObject.get())
+        mDimensions = OXMVector3<int>(); // a new object starts at its middle slices
     mObject = object;
     recompute();
 }
@@ -146,7 +156,6 @@ void OXWSliceView::buildSlices()
 {
     for (QImage& slice : mSlices)
         slice = QImage();
-    OXMObject* object = mObject.get();
     switch (mClassification.getStatus()) {
     case OXWClassificationTable::Status::Empty:
         mEmptyText = tr("No volume selected");
@@ -178,6 +187,32 @@ void OXWSliceView::buildSlices()
         return;
     }
 
+    const OXMVector3<float> s = grid->getSpacing();
+    mPhysicalSizes[Axial] = QSizeF(d.x * double(s.x), d.y * double(s.y));
+    mPhysicalSizes[Coronal] = QSizeF(d.x * double(s.x), d.z * double(s.z));
+    mPhysicalSizes[Sagittal] = QSizeF(d.y * double(s.y), d.z * double(s.z));
+    if (!(d == mDimensions)) {
+        mDimensions = d;
+        for (Plane plane : {Axial, Coronal, Sagittal})
+            mSliceIndex[plane] = planeSize(plane, d) / 2;
+    }
+    for (Plane plane : {Axial, Coronal, Sagittal}) {
+        if (!buildSlice(plane)) {
+            mEmptyText = tr("Not enough memory for the slices");
+            for (QImage& slice : mSlices)
+                slice = QImage();
+            return;
+        }
+    }
+}
+
+bool OXWSliceView::buildSlice(Plane plane)
+{
+    auto* grid = dynamic_cast<const OXMSampleGrid*>(mClassification.getGrid());
+    const OXMObject* object = mObject.get();
+    const OXMTypeInfo type = grid->getDataType();
+    const OXMTypeInfo::Channel* channel = type.getChannel(mClassification.getComponent());
+    const long long voxels = grid->getVoxelCount();
     // A region shows only its voxels.
     const std::uint8_t* mask = nullptr;
     std::vector<std::uint8_t> none;
@@ -190,45 +225,105 @@ void OXWSliceView::buildSlices()
             mask = none.data();
         }
     }
-
-    const OXMVector3<float> s = grid->getSpacing();
-    mPhysicalSizes[Axial] = QSizeF(d.x * double(s.x), d.y * double(s.y));
-    mPhysicalSizes[Coronal] = QSizeF(d.x * double(s.x), d.z * double(s.z));
-    mPhysicalSizes[Sagittal] = QSizeF(d.y * double(s.y), d.z * double(s.z));
-
+    const SliceGeometry g = sliceGeometry(plane, mDimensions, mSliceIndex[plane]);
+    QImage image(g.width, g.height, QImage::Format_RGB32);
+    if (image.isNull())
+        return false;
     const int components = type.getChannelCount();
     const int component = mClassification.getComponent();
     const std::uint8_t* data = grid->getData();
-    for (Plane plane : {Axial, Coronal, Sagittal}) {
-        const SliceGeometry g = sliceGeometry(plane, d);
-        QImage image(g.width, g.height, QImage::Format_RGB32);
-        if (image.isNull()) {
-            mEmptyText = tr("Not enough memory for the slices");
-            for (QImage& slice : mSlices)
-                slice = QImage();
-            return;
-        }
-        const OXMenum t = channel->getDataType();
-        if (t == OXM::UInt8)
-            fillSlice<std::uint8_t>(image, g, data, components, component, mask, mClassification);
-        else if (t == OXM::Int8)
-            fillSlice<std::int8_t>(image, g, data, components, component, mask, mClassification);
-        else if (t == OXM::UInt16)
-            fillSlice<std::uint16_t>(image, g, data, components, component, mask, mClassification);
-        else if (t == OXM::Int16)
-            fillSlice<std::int16_t>(image, g, data, components, component, mask, mClassification);
-        else if (t == OXM::UInt32)
-            fillSlice<std::uint32_t>(image, g, data, components, component, mask, mClassification);
-        else if (t == OXM::Int32)
-            fillSlice<std::int32_t>(image, g, data, components, component, mask, mClassification);
-        else if (t == OXM::Float32)
-            fillSlice<float>(image, g, data, components, component, mask, mClassification);
-        else if (t == OXM::Float64)
-            fillSlice<double>(image, g, data, components, component, mask, mClassification);
-        else
-            image.fill(Qt::black);
-        mSlices[plane] = image;
+    if (!OXMSampleLoops::forComponentType(channel->getDataType(), [&](auto sample) {
+            fillSlice<decltype(sample)>(image, g, data, components, component, mask,
+                                        mClassification);
+        }))
+        image.fill(Qt::black);
+    mSlices[plane] = image;
+    return true;
+}
+
+int OXWSliceView::sliceCount(Plane plane) const
+{
+    return hasSlices() ? planeSize(plane, mDimensions) : 0;
+}
+
+void OXWSliceView::setSliceIndex(Plane plane, int index)
+{
+    const int count = sliceCount(plane);
+    index = std::max(0, std::min(index, count - 1));
+    if (count == 0 || index == mSliceIndex[plane])
+        return;
+    mSliceIndex[plane] = index;
+    buildSlice(plane);
+    mComposedValid = false;
+    update();
+}
+
+void OXWSliceView::setWindowLevel(double window, double level)
+{
+    mWindow = std::max(0.01, window);
+    mLevel = level;
+    mComposedValid = false;
+    update();
+}
+
+OXWSliceView::Plane OXWSliceView::planeAt(int x) const
+{
+    const int third = std::max(1, width() / 3);
+    return Plane(std::max(0, std::min(2, x / third)));
+}
+
+void OXWSliceView::wheelEvent(QWheelEvent* event)
+{
+    mWheelRemainder += event->angleDelta().y();
+    const int notches = mWheelRemainder / 120;
+    mWheelRemainder -= notches * 120;
+    const int step = event->modifiers() & Qt::ShiftModifier ? 10 : 1;
+    const Plane plane = planeAt(int(event->position().x()));
+    setSliceIndex(plane, mSliceIndex[plane] + notches * step);
+    event->accept();
+}
+
+void OXWSliceView::mousePressEvent(QMouseEvent* event)
+{
+    mDragStart = event->pos();
+    mDragWindow = mWindow;
+    mDragLevel = mLevel;
+    QWidget::mousePressEvent(event);
+}
+
+void OXWSliceView::mouseMoveEvent(QMouseEvent* event)
+{
+    if (!(event->buttons() & Qt::RightButton))
+        return QWidget::mouseMoveEvent(event);
+    // The widget's width doubles or halves the window; its height spans the whole level.
+    const QPoint d = event->pos() - mDragStart;
+    setWindowLevel(mDragWindow * std::pow(2.0, double(d.x()) / std::max(1, width())),
+                   mDragLevel - double(d.y()) / std::max(1, height()));
+}
+
+void OXWSliceView::mouseDoubleClickEvent(QMouseEvent* event)
+{
+    setWindowLevel(1.0, 0.5);
+    QWidget::mouseDoubleClickEvent(event);
+}
+
+QImage OXWSliceView::windowed(const QImage& slice) const
+{
+    if (mWindow == 1.0 && mLevel == 0.5)
+        return slice;
+    std::array<uchar, 256> map;
+    for (int c = 0; c < 256; ++c) {
+        const double v = (c / 255.0 - mLevel + mWindow / 2.0) / mWindow;
+        map[std::size_t(c)] = uchar(std::lround(std::max(0.0, std::min(1.0, v)) * 255.0));
     }
+    QImage out = slice.copy();
+    for (int y = 0; y < out.height(); ++y) {
+        auto* line = reinterpret_cast<QRgb*>(out.scanLine(y));
+        for (int x = 0; x < out.width(); ++x)
+            line[x] = qRgb(map[std::size_t(qRed(line[x]))], map[std::size_t(qGreen(line[x]))],
+                           map[std::size_t(qBlue(line[x]))]);
+    }
+    return out;
 }
 
 void OXWSliceView::compose()
@@ -255,7 +350,10 @@ void OXWSliceView::compose()
         const QRect cell(plane * (cellWidth + gap), 0, cellWidth, size.height());
         p.setPen(QColor(220, 220, 220));
         p.drawText(QRect(cell.left(), 0, cell.width(), captionHeight), Qt::AlignCenter,
-                   planeCaption(plane));
+                   tr("%1 %2/%3")
+                       .arg(planeCaption(plane))
+                       .arg(mSliceIndex[plane] + 1)
+                       .arg(sliceCount(plane)));
         const QRect area = cell.adjusted(0, captionHeight, 0, 0);
         QSizeF physical = mPhysicalSizes[plane];
         if (!(physical.width() > 0.0 && physical.height() > 0.0))
@@ -266,7 +364,7 @@ void OXWSliceView::compose()
         const QRect target(area.left() + (area.width() - fitted.width()) / 2,
                            area.top() + (area.height() - fitted.height()) / 2, fitted.width(),
                            fitted.height());
-        p.drawImage(target, mSlices[plane]);
+        p.drawImage(target, windowed(mSlices[plane]));
     }
 }
 

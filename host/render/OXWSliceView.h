@@ -5,6 +5,7 @@
 #include "OXWObjectWatch.h"
 
 #include <OXMObjectWeakPtr.h>
+#include <OXMVector3.h>
 
 #include <QImage>
 #include <QString>
@@ -17,12 +18,18 @@
 
 class OXMObject;
 
-// The middle axial, coronal and sagittal slices of one volume, side by side under the
-// captions "Axial", "Coronal" and "Sagittal". Every pixel is the classification's colour of
-// its voxel over black (OXWClassificationTable); a region of interest shows its volume's
-// voxels with the region's classification, voxels outside the region black. Each slice is
-// scaled to fit its third of the widget, keeping the aspect of its physical size (voxel
-// spacing).
+// An axial, a coronal and a sagittal slice of one volume, side by side under the captions
+// "Axial", "Coronal" and "Sagittal" with the slice's number. Every pixel is the
+// classification's colour of its voxel over black (OXWClassificationTable); a region of
+// interest shows its volume's voxels with the region's classification, voxels outside the
+// region black. Each slice is scaled to fit its third of the widget, keeping the aspect of
+// its physical size (voxel spacing).
+//
+// Navigation: the mouse wheel over a slice moves through its slices (one per notch, ten with
+// Shift); a new object starts at the middle slices. Dragging with the right mouse button sets
+// window and level of the display (to the right a wider window, upwards a brighter level: a
+// colour c in 0..1 is shown as (c - level + window / 2) / window, clamped); a double click
+// resets them to window 1, level 0.5, which shows the colours as they are.
 //
 // The view listens to the object, its material, every channel object the table reads (and
 // the objects their references pass through), the grid and the histogram. Any message of
@@ -30,8 +37,8 @@ class OXMObject;
 // single recompute; the recompute rebinds to whatever the object links now (a replaced
 // material, a new grid) and shows an empty state when the object died.
 //
-// Axial: the slice z = nz / 2, x to the right, y downwards. Coronal: y = ny / 2, x to the
-// right, z upwards. Sagittal: x = nx / 2, y to the right, z upwards.
+// Axial: a slice z, x to the right, y downwards. Coronal: a slice y, x to the right, z upwards.
+// Sagittal: a slice x, y to the right, z upwards.
 class OXWSliceView : public QWidget
 {
     Q_OBJECT
@@ -72,6 +79,17 @@ public:
 
     static QString planeCaption(Plane plane);
 
+    // The slice shown of a plane (0 .. sliceCount - 1) and how many there are (0 when none).
+    int sliceIndex(Plane plane) const { return mSliceIndex[plane]; }
+    int sliceCount(Plane plane) const;
+    // Shows slice index of the plane (clamped to the slices there are).
+    void setSliceIndex(Plane plane, int index);
+
+    double window() const { return mWindow; }
+    double level() const { return mLevel; }
+    // Window clamped to at least 0.01.
+    void setWindowLevel(double window, double level);
+
 public slots:
     // Rebuilds the table and the slices now (a pending timer is stopped).
     void recompute();
@@ -84,11 +102,20 @@ protected:
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void changeEvent(QEvent* event) override;
+    void wheelEvent(QWheelEvent* event) override;
+    void mousePressEvent(QMouseEvent* event) override;
+    void mouseMoveEvent(QMouseEvent* event) override;
+    void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
     void scheduleRecompute();
     void buildSlices();
+    // Fills the picture of one plane at its slice index; false without memory.
+    bool buildSlice(Plane plane);
     void compose();
+    // The plane whose third of the widget holds x.
+    Plane planeAt(int x) const;
+    QImage windowed(const QImage& slice) const;
 
     // The object shown and every object its classification is read from.
     OXWObjectWatch mWatch;
@@ -96,6 +123,14 @@ private:
     OXWClassificationTable mClassification;
     std::array<QImage, 3> mSlices;
     std::array<QSizeF, 3> mPhysicalSizes;
+    std::array<int, 3> mSliceIndex = {{0, 0, 0}};
+    OXMVector3<int> mDimensions;
+    double mWindow = 1.0;
+    double mLevel = 0.5;
+    QPoint mDragStart;
+    double mDragWindow = 1.0;
+    double mDragLevel = 0.5;
+    int mWheelRemainder = 0;
     QString mEmptyText;
     QImage mComposed;
     bool mComposedValid = false;

@@ -5,7 +5,9 @@
 
 #include <gtest/gtest.h>
 
+#include <QApplication>
 #include <QSignalSpy>
+#include <QWheelEvent>
 
 #include <cstdint>
 #include <memory>
@@ -45,10 +47,10 @@ struct Fixture
 
     Fixture() { volume->getSampleGrid()->getIndexRange(OXM::Gray, first, last); }
 
-    // The voxel shown at pixel (x, y) of the axial slice.
-    std::uint16_t axial(int x, int y) const
+    // The voxel shown at pixel (x, y) of axial slice z.
+    std::uint16_t axial(int x, int y, int z = Size / 2) const
     {
-        return samples[(Size / 2) * Size * Size + y * Size + x];
+        return samples[z * Size * Size + y * Size + x];
     }
 };
 
@@ -249,4 +251,49 @@ TEST(OXWSliceView, RegionShowsOnlyItsVoxelsWithItsClassification)
     settle(view);
     EXPECT_EQ(view.getRecomputeCount(), count + 1);
     EXPECT_EQ(nonBlack(view.getSliceImage(OXWSliceView::Axial)), 0);
+}
+
+// The wheel over a third of the view moves through that plane's slices; a right drag sets
+// window and level of the display, a double click resets them.
+TEST(OXWSliceView, TheWheelMovesThroughSlicesAndARightDragSetsWindowAndLevel)
+{
+    Fixture f;
+    OXWSliceView view;
+    view.resize(600, 240);
+    view.setObject(f.volume);
+    const auto wheel = [&view](int x, int notches, Qt::KeyboardModifiers modifiers) {
+        QWheelEvent event(QPointF(x, 120), view.mapToGlobal(QPoint(x, 120)), QPoint(),
+                          QPoint(0, 120 * notches), Qt::NoButton, modifiers, Qt::NoScrollPhase,
+                          false);
+        QApplication::sendEvent(&view, &event);
+    };
+    struct Step
+    {
+        int x, notches;
+        Qt::KeyboardModifiers modifiers;
+        OXWSliceView::Plane plane;
+        int index;
+    };
+    for (const Step& s : {Step{50, 3, Qt::NoModifier, OXWSliceView::Axial, Size / 2 + 3},
+                          Step{50, -1, Qt::ShiftModifier, OXWSliceView::Axial, Size / 2 - 7},
+                          Step{50, -100, Qt::NoModifier, OXWSliceView::Axial, 0},
+                          Step{550, 100, Qt::NoModifier, OXWSliceView::Sagittal, Size - 1}}) {
+        wheel(s.x, s.notches, s.modifiers);
+        EXPECT_EQ(view.sliceIndex(s.plane), s.index) << s.x << " " << s.notches;
+    }
+    const QImage axial = view.getSliceImage(OXWSliceView::Axial);
+    EXPECT_EQ(axial.pixel(7, 9) & 0x00ffffffu,
+              view.getClassification().entryForBin(f.axial(7, 9, 0)) & 0x00ffffffu);
+
+    // Window 0.5 at level 0.25 shows the colours 0 .. 0.5 over the whole range.
+    const QImage before = view.getRenderedImage();
+    QTest::mousePress(&view, Qt::RightButton, Qt::NoModifier, QPoint(600, 120));
+    QMouseEvent drag(QEvent::MouseMove, QPoint(0, 180), Qt::RightButton, Qt::RightButton,
+                     Qt::NoModifier);
+    QApplication::sendEvent(&view, &drag);
+    EXPECT_NEAR(view.window(), 0.5, 1e-9);
+    EXPECT_NEAR(view.level(), 0.25, 1e-9);
+    EXPECT_NE(view.getRenderedImage(), before);
+    QTest::mouseDClick(&view, Qt::LeftButton, Qt::NoModifier, QPoint(300, 120));
+    EXPECT_EQ(view.getRenderedImage(), before);
 }
