@@ -20,28 +20,35 @@ float valueOnLine(const OXWLUTIntervalInfo::Handle& p, const OXWLUTIntervalInfo:
 
 // Rebuilds the part [a, b] of a curve that was saved in positions before a split: each part
 // keeps every saved handle inside it and ends with the curve's values at its outermost cell
-// centres, so both parts together show the earlier curve.
+// centres, so both parts together show the earlier curve. The handles arrive in ascending
+// order, each found at once after the one before; one commit at the end keeps the whole
+// rebuild linear in the saved handles.
 void applyCurve(OXWLUTIntervalInfo& interval, int channel, const HandleList& saved, float s)
 {
     const float a = interval.from();
     const float b = interval.to();
+    bool inserted = false;
+    const auto insert = [&](float x, float y) {
+        inserted = interval.insertHandle(channel, x, y, false) || inserted;
+    };
     for (size_t k = 0; k + 1 < saved.size(); ++k) {
         const auto& p = saved[k];
         const auto& q = saved[k + 1];
         if (p.x < a && a <= q.x) {
-            const float x = a + s / 2;
-            interval.insertHandle(channel, x, valueOnLine(p, q, x));
+            insert(a + s / 2, valueOnLine(p, q, a + s / 2));
         }
         if (a <= p.x && p.x < b) {
-            interval.insertHandle(channel, p.x, p.y);
+            insert(p.x, p.y);
         }
         if (p.x < b && b <= q.x) {
-            const float x = b - s / 2;
-            interval.insertHandle(channel, x, valueOnLine(p, q, x));
+            insert(b - s / 2, valueOnLine(p, q, b - s / 2));
         }
     }
     if (!saved.empty() && a <= saved.back().x && saved.back().x < b) {
-        interval.insertHandle(channel, saved.back().x, saved.back().y);
+        insert(saved.back().x, saved.back().y);
+    }
+    if (inserted) {
+        interval.commitChannel(channel);
     }
 }
 
