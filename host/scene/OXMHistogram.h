@@ -13,7 +13,7 @@ class OXMTaskInfo;
 // (the owner of its parent link). Properties: OXM::SampleTransferSpec (link to a child
 // OXMSampleTransferSpec whose OXM::InputChannel selects the channel), OXM::Result (named
 // "Result": link to the child OXMHistogramResult), "BinCount" (int, bins for floating-point
-// data, default 256).
+// data and for integer data too wide for one bin per value, default 256).
 //
 // Action OXM::Calculate counts the voxels of the grid (of a region: only those in its mask)
 // on two threads and writes the result; it reports progress and stops on requestAbort, in

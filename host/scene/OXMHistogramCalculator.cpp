@@ -11,6 +11,7 @@
 #include <limits>
 #include <new>
 #include <thread>
+#include <type_traits>
 
 namespace {
 
@@ -63,7 +64,17 @@ struct Sampler
     T at(long long i) const { return data[i * stride + component]; }
 };
 
-// Smallest and largest counted value (NaN skipped); false when nothing was counted.
+// Whether a voxel's value is counted: every integer, and every finite floating-point value.
+template <typename T>
+bool isCounted(T v)
+{
+    if constexpr (std::is_floating_point<T>::value)
+        return std::isfinite(v);
+    else
+        return true;
+}
+
+// Smallest and largest counted value; false when nothing was counted.
 template <typename T>
 bool findRange(const OXMHistogramCalculator::Input& in, OXMTaskInfo* task, float p1, double& lo,
                double& hi, bool& aborted)
@@ -76,13 +87,11 @@ bool findRange(const OXMHistogramCalculator::Input& in, OXMTaskInfo* task, float
         !runParallel(in.voxelCount, threads, task, 0.0f, p1, [&](int w, long long b, long long e) {
             double l = los[std::size_t(w)], h = his[std::size_t(w)];
             for (long long i = b; i < e; ++i) {
-                if (in.mask && !in.mask[i])
+                if ((in.mask && !in.mask[i]) || !isCounted(s.at(i)))
                     continue;
                 const double v = double(s.at(i));
-                if (v < l)
-                    l = v;
-                if (v > h)
-                    h = v;
+                l = std::min(l, v);
+                h = std::max(h, v);
             }
             los[std::size_t(w)] = l;
             his[std::size_t(w)] = h;
@@ -190,6 +199,81 @@ OXMenum countSmall(const OXMHistogramCalculator::Input& in, OXMHistogramCalculat
     return OXM::NoError;
 }
 
+// A value of the data as "DataRange" holds it: doubles beyond the float range saturate.
+float rangeValue(double v)
+{
+    const double m = double(std::numeric_limits<float>::max());
+    return float(std::min(std::max(v, -m), m));
+}
+
+// Where the counted values [lo, hi] go: one bin per integer value, indexed by the value, when
+// they lie strictly inside the int range (so the interval border below the first bin and a
+// loop up to the last bin are ints too) and span at most MaxIntegerBins; otherwise `count`
+// bins from index 0 whose centres run evenly from lo to hi. Halving keeps every difference of
+// finite doubles finite and is exact, so a value v goes to floor((v - lo) * (count - 1) /
+// (hi - lo) + 0.5) even when hi - lo overflows.
+struct Bins
+{
+    bool perValue = false;
+    long long count = 0;
+    double lo = 0.0;
+    double halfLo = 0.0;
+    double scale = 0.0; // bins per half unit
+
+    Bins(bool integer, double low, double high, int binCount) : lo(low), halfLo(low * 0.5)
+    {
+        perValue = integer && low > double(std::numeric_limits<int>::min()) &&
+                   high < double(std::numeric_limits<int>::max()) &&
+                   high - low < double(OXMHistogramCalculator::MaxIntegerBins);
+        count = perValue ? (long long)(high - low) + 1 : binCount;
+        if (!perValue && high > low)
+            scale = double(count - 1) / (high * 0.5 - halfLo);
+    }
+
+    std::size_t of(double v) const
+    {
+        if (perValue)
+            return std::size_t(v - lo);
+        const double t = (v * 0.5 - halfLo) * scale + 0.5;
+        return std::size_t(std::min(std::max(t, 0.0), double(count - 1))); // t >= 0: floor
+    }
+};
+
+// Counts every counted voxel into its bin, one table per worker, and adds the tables up.
+template <typename T>
+OXMenum countInto(const Bins& bins, const OXMHistogramCalculator::Input& in, OXMTaskInfo* task,
+                  std::vector<float>& counts, long long& counted)
+{
+    const int threads = std::max(1, in.threadCount);
+    std::vector<std::vector<std::uint64_t>> tables;
+    try {
+        tables.assign(std::size_t(threads), std::vector<std::uint64_t>(std::size_t(bins.count)));
+    } catch (const std::bad_alloc&) {
+        return OXM::OutOfMemory;
+    }
+    const Sampler<T> s{static_cast<const T*>(in.data), in.componentsPerVoxel, in.component};
+    const bool ok =
+        runParallel(in.voxelCount, threads, task, 0.5f, 1.0f, [&](int w, long long b, long long e) {
+            std::vector<std::uint64_t>& t = tables[std::size_t(w)];
+            for (long long i = b; i < e; ++i) {
+                const T v = s.at(i);
+                if ((!in.mask || in.mask[i]) && isCounted(v))
+                    ++t[bins.of(double(v))];
+            }
+        });
+    if (!ok)
+        return OXM::Abort;
+    counts.assign(std::size_t(bins.count), 0.0f);
+    for (std::size_t k = 0; k < counts.size(); ++k) {
+        std::uint64_t c = 0;
+        for (const auto& t : tables)
+            c += t[k];
+        counts[k] = float(c);
+        counted += (long long)c;
+    }
+    return OXM::NoError;
+}
+
 // 32-bit integers and floating-point data: range first, then counting.
 template <typename T>
 OXMenum countTwoPass(const OXMHistogramCalculator::Input& in, OXMHistogramCalculator::Output& out,
@@ -204,67 +288,19 @@ OXMenum countTwoPass(const OXMHistogramCalculator::Input& in, OXMHistogramCalcul
     OXMHistogramCalculator::Output r;
     if (!any) {
         r.counts.assign(IsFloat ? std::size_t(std::max(1, in.binCount)) : 1u, 0.0f);
-        r.dataHigh = IsFloat ? 0.0f : 0.0f;
         out = std::move(r);
         return OXM::NoError;
     }
-    long long bins = 0;
-    double scale = 0.0;
-    if constexpr (IsFloat) {
-        if (in.binCount < 1)
-            return OXM::InvalidValue;
-        bins = in.binCount;
-        scale = hi > lo ? double(bins - 1) / (hi - lo) : 0.0;
-        r.first = 0;
-        r.dataLow = float(lo);
-        r.dataHigh = float(hi);
-    } else {
-        bins = (long long)(hi - lo) + 1;
-        if (bins > OXMHistogramCalculator::MaxIntegerBins)
-            return OXM::InvalidValue;
-        r.first = int(lo);
-        r.dataLow = float(lo);
-        r.dataHigh = float(hi);
-    }
-    const int threads = std::max(1, in.threadCount);
-    std::vector<std::vector<std::uint64_t>> tables;
-    try {
-        tables.assign(std::size_t(threads), std::vector<std::uint64_t>(std::size_t(bins), 0));
-    } catch (const std::bad_alloc&) {
-        return OXM::OutOfMemory;
-    }
-    const Sampler<T> s{static_cast<const T*>(in.data), in.componentsPerVoxel, in.component};
-    const bool ok =
-        runParallel(in.voxelCount, threads, task, 0.5f, 1.0f, [&](int w, long long b, long long e) {
-            std::vector<std::uint64_t>& t = tables[std::size_t(w)];
-            for (long long i = b; i < e; ++i) {
-                if (in.mask && !in.mask[i])
-                    continue;
-                const T v = s.at(i);
-                long long k;
-                if constexpr (IsFloat) {
-                    if (std::isnan(v))
-                        continue;
-                    k = (long long)std::floor((double(v) - lo) * scale + 0.5);
-                    k = std::min(std::max(k, 0LL), bins - 1);
-                } else {
-                    k = (long long)v - (long long)lo;
-                }
-                ++t[std::size_t(k)];
-            }
-        });
-    if (!ok)
-        return OXM::Abort;
-    r.counts.assign(std::size_t(bins), 0.0f);
-    for (long long k = 0; k < bins; ++k) {
-        std::uint64_t c = 0;
-        for (const auto& t : tables)
-            c += t[std::size_t(k)];
-        r.counts[std::size_t(k)] = float(c);
-        r.counted += (long long)c;
-    }
-    out = std::move(r);
-    return OXM::NoError;
+    const Bins bins(!IsFloat, lo, hi, in.binCount);
+    if (bins.count < 1)
+        return OXM::InvalidValue;
+    r.first = bins.perValue ? int(lo) : 0;
+    r.dataLow = rangeValue(lo);
+    r.dataHigh = rangeValue(hi);
+    const OXMenum code = countInto<T>(bins, in, task, r.counts, r.counted);
+    if (code == OXM::NoError)
+        out = std::move(r);
+    return code;
 }
 
 } // namespace

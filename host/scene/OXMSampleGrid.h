@@ -62,8 +62,8 @@ public:
     // The native value of channel channelIndex of voxel index (0 outside the grid).
     double getNativeValue(long long index, int channelIndex = 0) const;
 
-    // The grey-value index range of the data (for integer channels the smallest and largest
-    // value; for floating-point channels 0..binCount-1), as used by the histogram.
+    // The grey-value index range of the data as the histogram indexes it: for integer
+    // channels with one bin per value the smallest and largest value, else 0..binCount-1.
     bool getIndexRange(OXMenum channel, int& first, int& last) const;
 
 private:

@@ -12,8 +12,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <limits>
 #include <map>
 #include <random>
 #include <vector>
@@ -81,6 +83,42 @@ void expectIntegerHistogram(OXMenum type, int lo, int hi, int threads)
     const auto range = r->getDataRange();
     EXPECT_EQ(range.first, float(first));
     EXPECT_EQ(range.second, float(last));
+}
+
+// The histogram of a row of voxels against a count of its own: every finite value in its
+// bin (its own, or one of the evenly spread bins over the finite values) and nothing else;
+// "DataRange" from the smallest to the largest finite value.
+template <typename T>
+void expectExactCounts(OXMenum type, const std::vector<T>& samples, bool binPerValue)
+{
+    auto* grid = new OXMSampleGrid;
+    ASSERT_TRUE(grid->setSamples({int(samples.size()), 1, 1}, type, samples));
+    OXMObjectPtr volume(OXMVolumeRenderObject::create(grid));
+    OXMHistogramResult* r = calculate(*volume);
+    ASSERT_NE(r, nullptr);
+    std::vector<double> finite;
+    for (T s : samples)
+        if (std::isfinite(double(s)))
+            finite.push_back(double(s));
+    const double lo = *std::min_element(finite.begin(), finite.end());
+    const double hi = *std::max_element(finite.begin(), finite.end());
+    const double most = std::numeric_limits<float>::max(); // "DataRange" saturates
+    const auto value = [most](double v) { return float(std::clamp(v, -most, most)); };
+    EXPECT_EQ(r->getDataRange(), std::make_pair(value(lo), value(hi)));
+    int first = 0, last = 0;
+    const auto bins = readHistogram(r, first, last);
+    EXPECT_EQ(last - first + 1, binPerValue ? int(hi - lo) + 1 : 256);
+    using Wide = long double; // no overflow of hi - lo for any doubles
+    const Wide scale = hi > lo ? Wide(last - first) / (Wide(hi) - lo) : 0.0L;
+    std::map<int, long long> brute;
+    for (double v : finite)
+        ++brute[binPerValue ? int(v) : int(std::floor((Wide(v) - lo) * scale + 0.5L))];
+    long long total = 0;
+    for (const auto& [k, n] : bins) {
+        EXPECT_EQ((long long)n, brute[k]) << k;
+        total += (long long)n;
+    }
+    EXPECT_EQ(total, (long long)finite.size());
 }
 
 } // namespace
@@ -158,6 +196,29 @@ TEST(OXMHistogram, FloatDataGetsFixedBinsOverTheValueRange)
             ++brute[std::size_t(std::floor((double(f) + 2.5) * scale + 0.5))];
     for (int k = 0; k < 100; ++k)
         EXPECT_EQ((long long)bins.at(k), brute[std::size_t(k)]) << k;
+}
+
+TEST(OXMHistogram, NonFiniteValuesAreLeftOutOfBinsAndRange)
+{
+    const float inf = std::numeric_limits<float>::infinity();
+    const float nan = std::numeric_limits<float>::quiet_NaN();
+    expectExactCounts<float>(OXM::Float32, {-1.5f, inf, 0.25f, 3.0f, 2.0f}, false);
+    expectExactCounts<float>(OXM::Float32, {-inf, 7.0f, nan, -2.0f, inf, 7.0f}, false);
+    expectExactCounts<double>(OXM::Float64, {double(nan), -1e300, double(-inf), 1e300}, false);
+    const double max = std::numeric_limits<double>::max();
+    expectExactCounts<double>(OXM::Float64, {-max, max / 3, max, -1.0}, false);
+}
+
+TEST(OXMHistogram, ThirtyTwoBitIntegersKeepTheirFullRange)
+{
+    const std::int32_t min = std::numeric_limits<std::int32_t>::min();
+    const std::int32_t max = std::numeric_limits<std::int32_t>::max();
+    expectExactCounts<std::uint32_t>(OXM::UInt32, {0u, 7u, 2147483648u, 4294967295u}, false);
+    expectExactCounts<std::uint32_t>(OXM::UInt32, {2147483645u, 2147483650u, 2147483647u}, false);
+    expectExactCounts<std::int32_t>(OXM::Int32, {min, -1, 0, max, 5}, false);
+    expectExactCounts<std::int32_t>(OXM::Int32, {min + 4, min, min + 1}, false);
+    expectExactCounts<std::int32_t>(OXM::Int32, {min + 3, min + 1}, true);
+    expectExactCounts<std::int32_t>(OXM::Int32, {max - 4, max - 1, max - 1}, true);
 }
 
 TEST(OXMHistogram, RegionCountsOnlyItsVoxels)
