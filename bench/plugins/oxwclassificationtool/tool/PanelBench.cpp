@@ -32,7 +32,10 @@
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
+#include <QElapsedTimer>
 #include <QMouseEvent>
+#include <QThread>
+#include <QTimer>
 
 #include <cstdint>
 #include <memory>
@@ -101,6 +104,28 @@ struct PanelScene
     {
         QMetaObject::invokeMethod(panel.get(), "updateObjectInfo", Qt::DirectConnection);
     }
+
+    bool rereadPending() const
+    {
+        return panel->updateObjectInfoTimer()->isActive() ||
+               panel->updateAnalyzerTimer()->isActive();
+    }
+
+    // Lets the re-read run that the panel schedules for every host change (30 ms later).
+    // Re-reading directly instead would leave it pending, to replace the model, and with it
+    // the handle a press has caught, in the middle of a measurement. False when no re-read
+    // came within five seconds.
+    bool awaitReread(int readsBefore)
+    {
+        QElapsedTimer clock;
+        clock.start();
+        while ((panel->objectInfoReadCount() == readsBefore || rereadPending()) &&
+               clock.elapsed() < 5000) {
+            QApplication::processEvents();
+            QThread::msleep(1);
+        }
+        return panel->objectInfoReadCount() != readsBefore && !rereadPending();
+    }
 };
 
 std::vector<Vector> rampWithHandles(int greyCount, int handles, float from, float to,
@@ -154,9 +179,12 @@ void BM_DragStep(benchmark::State& state)
         const int cell = int((long long)k * (greyCount - 1) / (handles - 1));
         curve.emplace_back(float(cell), std::uniform_real_distribution<float>(0.1f, 0.9f)(random));
     }
-    writeList(scene.channel(OXM::Opacity), curve);
-    scene.reread();
     OXWClassificationToolGUI& panel = *scene.panel;
+    writeList(scene.channel(OXM::Opacity), curve);
+    if (!scene.awaitReread(panel.objectInfoReadCount())) {
+        state.SkipWithError("the panel did not re-read the curve");
+        return;
+    }
     OXWLUTObjectInfo* model = panel.objectInfo();
     if (!model ||
         model->interval(0)->handles(OXWLUTIntervalInfo::OpacityChannel).size() != size_t(handles)) {
@@ -182,6 +210,7 @@ void BM_DragStep(benchmark::State& state)
     area->installEventFilter(&paints);
     QApplication::processEvents();
     paints.count = 0;
+    const int reads = panel.objectInfoReadCount();
     int step = 0;
     for (auto _ : state) {
         const QPoint to = start + QPoint(0, (step++ % 2) ? 30 : -30);
@@ -192,7 +221,9 @@ void BM_DragStep(benchmark::State& state)
         QApplication::processEvents();
     }
     area->removeEventFilter(&paints);
-    if (hostList->getArray() == before) {
+    if (panel.objectInfoReadCount() != reads) {
+        state.SkipWithError("a re-read replaced the model during the drag");
+    } else if (hostList->getArray() == before) {
         state.SkipWithError("the drag did not reach the host");
     } else if (paints.count < int(state.iterations())) {
         state.SkipWithError("the editor was not repainted at every step");
@@ -287,8 +318,12 @@ void BM_UpdateObjectInfo(benchmark::State& state)
         state.SkipWithError("the scene could not be built");
         return;
     }
+    const int reads = scene.panel->objectInfoReadCount();
     classify(scene, handles);
-    scene.reread();
+    if (!scene.awaitReread(reads)) {
+        state.SkipWithError("the panel did not re-read the classification");
+        return;
+    }
     const OXWLUTObjectInfo* model = scene.panel->objectInfo();
     if (!model || model->intervalCount() != ReadIntervals ||
         model->interval(1)->handles(OXWLUTIntervalInfo::GreenChannel).size() < size_t(handles)) {
