@@ -1,59 +1,19 @@
 #include "OXMHistogramCalculator.h"
 
 #include "OXMSampleGrid.h"
+#include "OXMSampleLoops.h"
 #include "OXMTaskInfo.h"
 #include "OXMTypeInfo.h"
 
 #include <algorithm>
-#include <atomic>
-#include <chrono>
 #include <cmath>
 #include <limits>
 #include <new>
-#include <thread>
 #include <type_traits>
 
 namespace {
 
-constexpr long long ChunkVoxels = 1 << 20;
-
-// Runs work(worker, begin, end) over [0, n) in chunks: worker 0 on the calling thread (which
-// also reports progress from p0 to p1), the others on their own threads. False when aborted.
-template <typename Work>
-bool runParallel(long long n, int threads, OXMTaskInfo* task, float p0, float p1, Work&& work)
-{
-    threads = std::max(1, std::min<int>(threads, int((n + ChunkVoxels - 1) / ChunkVoxels)));
-    std::atomic<long long> done{0};
-    std::atomic<int> running{threads - 1};
-    auto range = [&](int worker) {
-        const long long begin = n * worker / threads;
-        const long long end = n * (worker + 1) / threads;
-        for (long long b = begin; b < end; b += ChunkVoxels) {
-            if (task && task->isAbortRequested())
-                return;
-            const long long e = std::min(end, b + ChunkVoxels);
-            work(worker, b, e);
-            done.fetch_add(e - b, std::memory_order_relaxed);
-            if (worker == 0 && task && n > 0)
-                task->setProgress(p0 + (p1 - p0) * float(double(done.load()) / double(n)));
-        }
-    };
-    std::vector<std::thread> others;
-    for (int w = 1; w < threads; ++w)
-        others.emplace_back([&, w] {
-            range(w);
-            running.fetch_sub(1);
-        });
-    range(0);
-    while (running.load() > 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        if (task && n > 0)
-            task->setProgress(p0 + (p1 - p0) * float(double(done.load()) / double(n)));
-    }
-    for (std::thread& t : others)
-        t.join();
-    return !(task && task->isAbortRequested());
-}
+using OXMSampleLoops::runParallel;
 
 template <typename T>
 struct Sampler
