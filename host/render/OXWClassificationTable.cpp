@@ -227,8 +227,11 @@ bool OXWClassificationTable::findBinRange(const OXMObject* object, OXMenum input
             result ? result->getProperty(OXM::Histogram) : nullptr);
         int first = 0, last = -1;
         std::pair<float, float> range(0.0f, 0.0f);
-        if (bins && bins->getArrayIndexRange(first, last) && last >= first &&
-            (!mFloat || valueOf(result, OXMSceneNames::dataRange(), range))) {
+        const bool ranged = valueOf(result, OXMSceneNames::dataRange(), range);
+        if (bins && bins->getArrayIndexRange(first, last) && last >= first && (!mFloat || ranged)) {
+            // Integer data too wide for one bin per value have bins over their range.
+            if (ranged && !(range.first == float(first) && range.second == float(last)))
+                mFloat = true;
             mFirst = first;
             mLast = last;
             mLow = range.first;
@@ -254,6 +257,8 @@ bool OXWClassificationTable::findBinRange(const OXMObject* object, OXMenum input
         c.channel = inputChannel;
         c.first = out.first;
         c.last = out.first + int(out.counts.size()) - 1;
+        c.binned = !channel->isInteger() ||
+                   !(out.dataLow == float(c.first) && out.dataHigh == float(c.last));
         c.low = out.dataLow;
         c.scale = out.dataHigh > out.dataLow
                       ? double(c.last - c.first) / double(out.dataHigh - out.dataLow)
@@ -261,6 +266,7 @@ bool OXWClassificationTable::findBinRange(const OXMObject* object, OXMenum input
     }
     mFirst = c.first;
     mLast = c.last;
+    mFloat = c.binned;
     mLow = c.low;
     mScale = c.scale;
     return true;

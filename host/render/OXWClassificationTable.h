@@ -36,9 +36,10 @@ class OXMObject;
 // The material's scalars (intensities, shininess, transparency, specular colour) are read as
 // constants: a lookup table there counts with its value at the middle of the bin range.
 //
-// Floating-point data: the bins are those of the host's histogram of such data, binCount bins
-// whose centres run evenly from the smallest to the largest value (the histogram result's
-// data range when there is a result, else counted over the grid); a value v belongs to bin
+// Floating-point data (and integer data too wide for one bin per grey value, whose histogram's
+// data range is not its index range): the bins are those of the host's histogram of such data,
+// binCount bins whose centres run evenly from the smallest to the largest value (the histogram
+// result's data range when there is a result, else counted over the grid); a value v belongs to bin
 // floor((v - low) * (bins - 1) / (high - low) + 0.5). Colour data use the component that the
 // opacity channel's OXM::InputChannel names.
 //
@@ -156,6 +157,7 @@ private:
         OXMenum channel;
         int first = 0;
         int last = -1;
+        bool binned = false;
         double low = 0.0;
         double scale = 0.0;
     };

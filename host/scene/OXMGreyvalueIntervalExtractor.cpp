@@ -62,15 +62,14 @@ OXMenum findBinning(const Source& source, OXMenum channel, const OXMHistogramCal
                     Binning& binning)
 {
     const OXMTypeInfo::Channel* c = source.grid->getDataType().getChannel(channel);
-    binning.floating = c && !c->isInteger();
-    if (!binning.floating)
-        return OXM::NoError;
     std::pair<float, float> range(0.0f, 0.0f);
     std::size_t bins = 0;
+    int first = 0;
     const OXMHistogram* histogram = OXMHistogram::findInList(*source.histogramOwner, channel);
     if (const OXMHistogramResult* result = histogram ? histogram->getResult() : nullptr) {
         range = result->getDataRange();
         bins = result->getCounts().size();
+        first = result->getFirstIndex();
     }
     if (bins == 0) {
         OXMHistogramCalculator::Output out;
@@ -79,7 +78,15 @@ OXMenum findBinning(const Source& source, OXMenum channel, const OXMHistogramCal
             return code;
         range = {out.dataLow, out.dataHigh};
         bins = out.counts.size();
+        first = out.first;
     }
+    // Integer data have a bin per value unless they are too wide for it: then their histogram,
+    // like that of floating-point data, has bins over the data range.
+    const int last = first + int(bins) - 1;
+    binning.floating =
+        !(c && c->isInteger() && range.first == float(first) && range.second == float(last));
+    if (!binning.floating)
+        return OXM::NoError;
     binning.low = range.first;
     binning.scale = range.second > range.first && bins > 1
                         ? double(bins - 1) / (double(range.second) - range.first)

@@ -252,3 +252,19 @@ TEST(OXWClassificationTable, ColourWeighsAmbientAndDiffuseAndTransparencyScalesA
         EXPECT_FLOAT_EQ(table.getLighting().diffuse, c.kd);
     }
 }
+
+// 32-bit data wider than one bin per value: bins over the data range, as for floats.
+TEST(OXWClassificationTable, WideIntegerDataUseTheHistogramsBins)
+{
+    const std::vector<std::uint32_t> values = {0u, 1000000000u, 4000000000u, 4000000000u};
+    auto* grid = new OXMSampleGrid;
+    ASSERT_TRUE(grid->setSamples({4, 1, 1}, OXM::UInt32, values));
+    OXMObjectPtr volume(OXMVolumeRenderObject::create(grid, "Wide"));
+    static_cast<OXMVolumeRenderObject*>(volume.get())->getHistogram()->execute(OXM::Calculate);
+    OXWClassificationTable table;
+    ASSERT_EQ(table.build(volume.get()), OXWClassificationTable::Status::Ok);
+    EXPECT_TRUE(table.isFloatBinning());
+    EXPECT_EQ(table.binForValue(0.0), table.getFirstBin());
+    EXPECT_EQ(table.binForValue(4000000000.0), table.getLastBin());
+    EXPECT_LT(table.getBinCount(), 1 << 24);
+}
