@@ -7,7 +7,7 @@ set -euo pipefail
 packages=(
   build-essential cmake ninja-build pkg-config
   qtbase5-dev qtbase5-dev-tools qttools5-dev-tools libqt5svg5-dev
-  libvtk9-dev libvtk9-qt-dev libgl1-mesa-dri
+  libvtk9-dev libvtk9-qt-dev libvtk-dicom-dev libgl1-mesa-dri
   libgtest-dev libgmock-dev libbenchmark-dev
   clang libclang-rt-14-dev clang-format
   xvfb xauth fonts-dejavu-core locales

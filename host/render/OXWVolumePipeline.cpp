@@ -168,7 +168,7 @@ bool OXWVolumePipeline::updateImage(const OXMObject* object, const OXWClassifica
     scalars.TakeReference(vtkDataArray::CreateDataArray(vtkType));
     if (!mask && components == 1) {
         mData = grid->getDataHandle();
-        scalars->SetVoidArray(const_cast<std::uint8_t*>(mData->data()), n, 1);
+        scalars->SetVoidArray(const_cast<std::uint8_t*>(mData.get()), n, 1);
     } else {
         mData.reset();
         scalars->SetNumberOfTuples(n);

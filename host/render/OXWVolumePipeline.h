@@ -100,7 +100,7 @@ private:
     vtkSmartPointer<vtkActor> mSurface;
     ImageKey mImageKey;
     // The voxel buffer the image shares, held while it does.
-    std::shared_ptr<const std::vector<std::uint8_t>> mData;
+    std::shared_ptr<const std::uint8_t> mData;
     OXWRenderStyle mStyle;
     std::vector<double> mScratch;
     double mMinSpacing = 1.0;

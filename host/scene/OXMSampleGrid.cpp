@@ -36,12 +36,15 @@ OXMSampleGrid::OXMSampleGrid(const OXMSampleGrid& other) : OXMSampleGrid()
 {
     copyValuesFrom(other);
     mData = other.mData;
+    mByteCount = other.mByteCount;
 }
 
 OXMSampleGrid& OXMSampleGrid::operator=(const OXMSampleGrid& other)
 {
     if (this != &other) {
         mData = other.mData;
+        mByteCount = other.mByteCount;
+        mByteCount = other.mByteCount;
         copyValuesFrom(other);
     }
     return *this;
@@ -50,14 +53,24 @@ OXMSampleGrid& OXMSampleGrid::operator=(const OXMSampleGrid& other)
 bool OXMSampleGrid::setData(const OXMVector3<int>& dims, OXMenum dataType,
                             std::vector<std::uint8_t> bytes)
 {
+    auto vector = std::make_shared<const std::vector<std::uint8_t>>(std::move(bytes));
+    const std::size_t size = vector->size();
+    return setData(dims, dataType, std::shared_ptr<const std::uint8_t>(vector, vector->data()),
+                   size);
+}
+
+bool OXMSampleGrid::setData(const OXMVector3<int>& dims, OXMenum dataType,
+                            std::shared_ptr<const std::uint8_t> data, std::size_t byteCount)
+{
     const OXMTypeInfo type(dataType);
     if (!type.isValid() || dims.x < 0 || dims.y < 0 || dims.z < 0)
         return false;
     const unsigned long long count =
         (unsigned long long)dims.x * (unsigned long long)dims.y * (unsigned long long)dims.z;
-    if (bytes.size() != count * (unsigned long long)type.getSize())
+    if (byteCount != count * (unsigned long long)type.getSize() || (byteCount > 0 && !data))
         return false;
-    mData = std::make_shared<const std::vector<std::uint8_t>>(std::move(bytes));
+    mData = std::move(data);
+    mByteCount = byteCount;
     lock(OXM::PropertyMessage);
     OXMProperty* d = getProperty(OXMSceneNames::dimensions());
     OXMProperty* t = getProperty(OXM::SampleDataType);

@@ -27,6 +27,10 @@ public:
     // Replaces the voxels. bytes must hold dims.x * dims.y * dims.z voxels of the type; false
     // (and nothing changes) for a size mismatch, an unsupported type or a negative dimension.
     bool setData(const OXMVector3<int>& dims, OXMenum dataType, std::vector<std::uint8_t> bytes);
+    // The same with a buffer that stays where it is (a file reader's): the grid shares it, its
+    // memory lives as long as someone holds `data`.
+    bool setData(const OXMVector3<int>& dims, OXMenum dataType,
+                 std::shared_ptr<const std::uint8_t> data, std::size_t byteCount);
     template <typename T>
     bool setSamples(const OXMVector3<int>& dims, OXMenum dataType, const std::vector<T>& samples)
     {
@@ -45,11 +49,11 @@ public:
     long long getVoxelCount() const;
     int getDataVersion() const;
 
-    const std::uint8_t* getData() const { return mData ? mData->data() : nullptr; }
-    std::size_t getByteCount() const { return mData ? mData->size() : 0; }
+    const std::uint8_t* getData() const { return mData.get(); }
+    std::size_t getByteCount() const { return mByteCount; }
     // The voxel buffer itself, shared: it stays valid for its holder when the grid's data is
     // replaced or the grid goes.
-    std::shared_ptr<const std::vector<std::uint8_t>> getDataHandle() const { return mData; }
+    std::shared_ptr<const std::uint8_t> getDataHandle() const { return mData; }
     template <typename T>
     const T* getSamples() const
     {
@@ -67,5 +71,6 @@ public:
     bool getIndexRange(OXMenum channel, int& first, int& last) const;
 
 private:
-    std::shared_ptr<const std::vector<std::uint8_t>> mData;
+    std::shared_ptr<const std::uint8_t> mData;
+    std::size_t mByteCount = 0;
 };

@@ -1,0 +1,315 @@
+// Volume files written here with VTK's writers, vtk-dicom and by hand (NRRD), read back voxel
+// by voxel; and the files the reader must refuse, before it allocates anything.
+
+#include "OXWVolumeFile.h"
+
+#include <OXMObjectPtr.h>
+#include <OXMSampleGrid.h>
+#include <OXMVolumeRenderObject.h>
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <vtkDICOMCTGenerator.h>
+#include <vtkDICOMWriter.h>
+#include <vtkImageData.h>
+#include <vtkMetaImageWriter.h>
+#include <vtkNIFTIImageWriter.h>
+#include <vtkNew.h>
+#include <vtkSmartPointer.h>
+#include <vtkTIFFWriter.h>
+#include <vtkXMLImageDataWriter.h>
+
+#include <gtest/gtest.h>
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <cstring>
+#include <functional>
+
+namespace {
+
+constexpr int NX = 6, NY = 5, NZ = 4;
+
+// A small volume of the VTK type whose voxel (x, y, z) holds value(x, y, z).
+vtkSmartPointer<vtkImageData> volume(int vtkType, double (*value)(int, int, int))
+{
+    auto image = vtkSmartPointer<vtkImageData>::New();
+    image->SetDimensions(NX, NY, NZ);
+    image->SetSpacing(0.5, 0.75, 2.0);
+    image->SetOrigin(1.0, 2.0, 3.0);
+    image->AllocateScalars(vtkType, 1);
+    for (int z = 0; z < NZ; ++z)
+        for (int y = 0; y < NY; ++y)
+            for (int x = 0; x < NX; ++x)
+                image->SetScalarComponentFromDouble(x, y, z, 0, value(x, y, z));
+    return image;
+}
+
+double ramp(int x, int y, int z)
+{
+    return x + 10 * y + 60 * z;
+}
+
+double hounsfield(int x, int y, int z)
+{
+    return -1000 + 16 * (x + NX * (y + NY * z));
+}
+
+// How strictly the voxels must come back: in place; each slice's voxels in their slice
+// (rows may come mirrored, as VTK's TIFF reader gives single pages); or only the same values
+// (a DICOM series is placed by its patient coordinates).
+enum class Order
+{
+    Exact,
+    PerSlice,
+    Values
+};
+
+struct Case
+{
+    const char* name;
+    std::function<QString(const QDir&)> write; // writes the file, returns the path to open
+    double (*value)(int, int, int);
+    bool keepsGeometry;
+    Order order = Order::Exact;
+};
+
+// The values of the voxels in slices from..to, sorted.
+std::vector<double> sortedValues(const std::function<double(int, int, int)>& value, int from,
+                                 int to)
+{
+    std::vector<double> v;
+    for (int z = from; z <= to; ++z)
+        for (int y = 0; y < NY; ++y)
+            for (int x = 0; x < NX; ++x)
+                v.push_back(value(x, y, z));
+    std::sort(v.begin(), v.end());
+    return v;
+}
+
+template <typename Writer>
+QString writeWith(const QDir& dir, const char* file, int vtkType,
+                  const std::function<void(Writer*)>& configure = {})
+{
+    vtkNew<Writer> writer;
+    writer->SetInputData(volume(vtkType, ramp));
+    writer->SetFileName(QFile::encodeName(dir.filePath(QString::fromLatin1(file))).constData());
+    if (configure)
+        configure(writer);
+    writer->Write();
+    return dir.filePath(QString::fromLatin1(file));
+}
+
+// NRRD by hand: a header, then the raw (or gzip) 16-bit voxels, in the file or detached.
+QString writeNrrd(const QDir& dir, const char* file, bool gzip, const char* detached)
+{
+    QByteArray voxels;
+    for (int z = 0; z < NZ; ++z)
+        for (int y = 0; y < NY; ++y)
+            for (int x = 0; x < NX; ++x) {
+                const auto v = std::uint16_t(ramp(x, y, z));
+                voxels.append(reinterpret_cast<const char*>(&v), 2);
+            }
+    // As 3D Slicer writes them.
+    QByteArray header = "NRRD0004\ntype: ushort\ndimension: 3\nspace: left-posterior-superior\n"
+                        "sizes: 6 5 4\nspace directions: (0.5,0,0) (0,0.75,0) (0,0,2)\n"
+                        "kinds: domain domain domain\nendian: little\n"
+                        "space origin: (1,2,3)\n";
+    header += gzip ? "encoding: gzip\n" : "encoding: raw\n";
+    if (detached)
+        header += QByteArray("data file: ") + detached + "\n";
+    header += "\n";
+    QFile out(dir.filePath(QString::fromLatin1(file)));
+    EXPECT_TRUE(out.open(QIODevice::WriteOnly));
+    out.write(header);
+    if (gzip) {
+        out.close();
+        gzFile g = gzopen(QFile::encodeName(out.fileName()).constData(), "ab");
+        gzwrite(g, voxels.constData(), unsigned(voxels.size()));
+        gzclose(g);
+    } else if (detached) {
+        QFile data(dir.filePath(QString::fromLatin1(detached)));
+        EXPECT_TRUE(data.open(QIODevice::WriteOnly));
+        data.write(voxels);
+    } else {
+        out.write(voxels);
+    }
+    return out.fileName();
+}
+
+// One 2D TIFF file per slice, numbered so that a plain sort would misorder them.
+QString writeTiffSlices(const QDir& dir)
+{
+    dir.mkdir(QStringLiteral("slices"));
+    for (int z = 0; z < NZ; ++z) {
+        vtkNew<vtkImageData> slice;
+        slice->SetDimensions(NX, NY, 1);
+        slice->AllocateScalars(VTK_UNSIGNED_CHAR, 1);
+        for (int y = 0; y < NY; ++y)
+            for (int x = 0; x < NX; ++x)
+                slice->SetScalarComponentFromDouble(x, y, 0, 0, ramp(x, y, z));
+        vtkNew<vtkTIFFWriter> writer;
+        writer->SetInputData(slice);
+        const QString name = QStringLiteral("slices/slice%1.tif").arg(z * 5 + 1);
+        writer->SetFileName(QFile::encodeName(dir.filePath(name)).constData());
+        writer->Write();
+    }
+    return dir.filePath(QStringLiteral("slices"));
+}
+
+// A CT series: stored unsigned with a rescale intercept, read back in Hounsfield units.
+QString writeDicom(const QDir& dir, const char* folder, double (*value)(int, int, int))
+{
+    dir.mkdir(QString::fromLatin1(folder));
+    vtkNew<vtkDICOMCTGenerator> generator;
+    vtkNew<vtkDICOMWriter> writer;
+    writer->SetInputData(volume(VTK_SHORT, value));
+    writer->SetGenerator(generator);
+    writer->SetFilePrefix(QFile::encodeName(dir.filePath(QString::fromLatin1(folder))).constData());
+    writer->SetFilePattern("%s/IM-%04d.dcm");
+    writer->Write();
+    return dir.filePath(QString::fromLatin1(folder));
+}
+
+class VolumeFileRead : public ::testing::TestWithParam<Case>
+{
+protected:
+    QTemporaryDir temp;
+    QDir dir{temp.path()};
+};
+
+} // namespace
+
+TEST_P(VolumeFileRead, GivesTheVoxelsSpacingAndOrigin)
+{
+    const Case& c = GetParam();
+    const QString path = c.write(dir);
+    const OXWVolumeFile::Result r = OXWVolumeFile::read(path);
+    ASSERT_NE(r.volume, nullptr) << r.error.toStdString() << "|" << path.toStdString();
+    const OXMObjectPtr hold(r.volume);
+    const OXMSampleGrid* grid = r.volume->getSampleGrid();
+    EXPECT_EQ(grid->getDimensions(), OXMVector3<int>(NX, NY, NZ));
+    const auto read = [grid](int x, int y, int z) {
+        return grid->getNativeValue(x + NX * (y + NY * (long long)z));
+    };
+    if (c.order == Order::Exact) {
+        for (int z = 0; z < NZ; ++z)
+            for (int y = 0; y < NY; ++y)
+                for (int x = 0; x < NX; ++x)
+                    ASSERT_EQ(read(x, y, z), c.value(x, y, z)) << x << "," << y << "," << z;
+    } else {
+        const int step = c.order == Order::PerSlice ? 1 : NZ;
+        for (int z = 0; z < NZ; z += step)
+            EXPECT_EQ(sortedValues(read, z, z + step - 1), sortedValues(c.value, z, z + step - 1))
+                << "slice " << z;
+    }
+    if (c.keepsGeometry) {
+        EXPECT_EQ(grid->getSpacing(), OXMVector3<float>(0.5f, 0.75f, 2.0f));
+        EXPECT_EQ(grid->getGridOrigin(), OXMVector3<float>(1.0f, 2.0f, 3.0f));
+    }
+    EXPECT_EQ(r.transform.size(), 16u);
+    EXPECT_NE(r.volume->getMaterial(), nullptr);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Formats, VolumeFileRead,
+    ::testing::Values(
+        Case{"MetaImage",
+             [](const QDir& d) {
+                 return writeWith<vtkMetaImageWriter>(d, "v.mha", VTK_UNSIGNED_SHORT);
+             },
+             ramp, true},
+        Case{"MetaImageCompressedDetached",
+             [](const QDir& d) {
+                 return writeWith<vtkMetaImageWriter>(
+                     d, "v.mhd", VTK_SHORT, [](vtkMetaImageWriter* w) { w->SetCompression(true); });
+             },
+             ramp, true},
+        Case{"Nifti",
+             [](const QDir& d) { return writeWith<vtkNIFTIImageWriter>(d, "v.nii", VTK_SHORT); },
+             ramp, false},
+        Case{"NiftiGzip",
+             [](const QDir& d) { return writeWith<vtkNIFTIImageWriter>(d, "v.nii.gz", VTK_INT); },
+             ramp, false},
+        Case{"VtkImage",
+             [](const QDir& d) { return writeWith<vtkXMLImageDataWriter>(d, "v.vti", VTK_FLOAT); },
+             ramp, true},
+        Case{"TiffPages",
+             [](const QDir& d) { return writeWith<vtkTIFFWriter>(d, "v.tif", VTK_UNSIGNED_CHAR); },
+             ramp, false},
+        Case{"TiffSlices", writeTiffSlices, ramp, false, Order::PerSlice},
+        Case{"NrrdRaw", [](const QDir& d) { return writeNrrd(d, "v.nrrd", false, nullptr); }, ramp,
+             true},
+        Case{"NrrdGzip", [](const QDir& d) { return writeNrrd(d, "v.nrrd", true, nullptr); }, ramp,
+             true},
+        Case{"NrrdDetached", [](const QDir& d) { return writeNrrd(d, "v.nhdr", false, "v.raw"); },
+             ramp, true},
+        Case{"DicomCT", [](const QDir& d) { return writeDicom(d, "ct", hounsfield); }, hounsfield,
+             false, Order::Values}),
+    [](const ::testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
+
+// Each kind of bad file is refused with its reason and the file's name, and nothing is made.
+TEST(VolumeFileRefusal, BadFilesAreRefusedWithTheirReason)
+{
+    QTemporaryDir temp;
+    const QDir dir(temp.path());
+    const auto file = [&dir](const char* name, const QByteArray& bytes) {
+        QFile f(dir.filePath(QString::fromLatin1(name)));
+        EXPECT_TRUE(f.open(QIODevice::WriteOnly));
+        f.write(bytes);
+        return f.fileName();
+    };
+    dir.mkdir(QStringLiteral("empty"));
+    struct Bad
+    {
+        QString path;
+        const char* reason;
+    };
+    const Bad cases[] = {
+        {file("text.nrrd", "hello, I am not a volume\n"), "not a NRRD file"},
+        {file("short.mha", "NDims = 3\nDimSize = 100 100 100\nElementType = MET_SHORT\n"
+                           "ElementDataFile = LOCAL\n0123456789"),
+         "truncated"},
+        {file("huge.nrrd", "NRRD0004\ntype: short\nsizes: 3000000000 3000000000 3000000000\n"
+                           "encoding: raw\n\n"),
+         "more than the memory available"},
+        {file("billion.nrrd", "NRRD0004\ntype: uchar\nsizes: 2000 1000 1000\nencoding: raw\n\n"),
+         "truncated"},
+        {file("long.nrrd",
+              "NRRD0004\ntype: int64\nsizes: 2 2 2\nencoding: raw\n\n" + QByteArray(64, '\0')),
+         "type the viewer does not read"},
+        {file("photo.jpg", "\xff\xd8\xff"), "not a volume file of a known format"},
+        {dir.filePath(QStringLiteral("empty")), "without volume files"},
+        {dir.filePath(QStringLiteral("missing.nrrd")), "no such file"},
+    };
+    for (const Bad& b : cases) {
+        const OXWVolumeFile::Result r = OXWVolumeFile::read(b.path);
+        EXPECT_EQ(r.volume, nullptr) << b.path.toStdString();
+        EXPECT_TRUE(r.error.contains(QString::fromLatin1(b.reason))) << r.error.toStdString();
+        EXPECT_TRUE(r.error.contains(QFileInfo(b.path).fileName())) << r.error.toStdString();
+    }
+}
+
+// A folder with two series asks which one; each can then be read by its uid.
+TEST(VolumeFileRefusal, AFolderOfTwoSeriesListsThem)
+{
+    QTemporaryDir temp;
+    const QDir dir(temp.path());
+    writeDicom(dir, "study", ramp);
+    const QString second = writeDicom(dir, "second", hounsfield);
+    for (const QString& f : QDir(second).entryList(QDir::Files))
+        QFile::rename(second + "/" + f, dir.filePath("study/b-" + f));
+    const OXWVolumeFile::Result r = OXWVolumeFile::read(dir.filePath(QStringLiteral("study")));
+    EXPECT_EQ(r.volume, nullptr);
+    ASSERT_EQ(r.series.size(), 2u);
+    for (const OXWVolumeFile::Series& s : r.series) {
+        const OXWVolumeFile::Result one =
+            OXWVolumeFile::read(dir.filePath("study"), nullptr, s.uid);
+        ASSERT_NE(one.volume, nullptr) << one.error.toStdString();
+        OXMObjectPtr hold(one.volume);
+        EXPECT_EQ(s.files, NZ);
+    }
+}
