@@ -8,12 +8,16 @@
 #include <OXWUndoStack.h>
 
 #include <QAction>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QKeySequence>
 #include <QLabel>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QStatusBar>
+#include <QUrl>
 
 namespace {
 
@@ -53,6 +57,33 @@ OXWViewerWindow::OXWViewerWindow(OXWApplication* app, QWidget* parent) : OXWMain
     updateUndoActions();
 
     statusBar()->showMessage(tr("Ready"));
+    setAcceptDrops(true);
+}
+
+namespace {
+QStringList localFiles(const QMimeData* data)
+{
+    QStringList paths;
+    for (const QUrl& url : data ? data->urls() : QList<QUrl>())
+        if (url.isLocalFile())
+            paths << url.toLocalFile();
+    return paths;
+}
+} // namespace
+
+void OXWViewerWindow::dragEnterEvent(QDragEnterEvent* event)
+{
+    if (!localFiles(event->mimeData()).isEmpty())
+        event->acceptProposedAction();
+}
+
+void OXWViewerWindow::dropEvent(QDropEvent* event)
+{
+    const QStringList paths = localFiles(event->mimeData());
+    if (paths.isEmpty())
+        return;
+    event->acceptProposedAction();
+    emit filesDropped(paths);
 }
 
 OXWViewerWindow::~OXWViewerWindow() = default;

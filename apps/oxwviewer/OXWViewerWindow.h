@@ -4,12 +4,15 @@
 
 #include <QLabel>
 #include <QPointer>
+#include <QStringList>
 
 class OXWApplication;
 class OXWLogPane;
 class OXWPluginLoader;
 class OXWUndoStack;
 class QAction;
+class QDragEnterEvent;
+class QDropEvent;
 class QMenu;
 
 // The viewer's main window: the host main window with the viewer's menus, log and status bar.
@@ -55,12 +58,20 @@ public:
     // Text for Help > About plug-ins.
     QString aboutPluginsText() const;
 
+signals:
+    // Files or folders were dropped on the window.
+    void filesDropped(const QStringList& paths);
+
 public slots:
     // Brings the Edit menu up to date with the undo stack.
     void updateUndoActions();
     void undo();
     void redo();
     void showAboutPlugins();
+
+protected:
+    void dragEnterEvent(QDragEnterEvent* event) override;
+    void dropEvent(QDropEvent* event) override;
 
 private:
     void createMenus();

@@ -5,7 +5,9 @@
 #include "OXWSampleScene.h"
 #include "OXWSceneTreeView.h"
 #include "OXWSliceView.h"
+#include "OXWViewerOptions.h"
 #include "OXWViewerWindow.h"
+#include "OXWVolumeOpener.h"
 #include "OXWVolumeView.h"
 
 #include <OXWClassificationToolGUI.h>
@@ -22,7 +24,6 @@
 #include <QSplitter>
 
 #include <QApplication>
-#include <QCommandLineParser>
 #include <QGuiApplication>
 #include <QPixmap>
 #include <QScreen>
@@ -45,77 +46,26 @@ extern "C" const char* __lsan_default_suppressions()
 }
 #endif
 
-int main(int argc, char** argv)
+namespace {
+
+// Most of the screen, centred; a fixed size for a screenshot.
+void placeWindow(QWidget* window, bool screenshot)
 {
-    // The 3D view draws with OpenGL: the format VTK needs, for every GL widget.
-    QSurfaceFormat::setDefaultFormat(QVTKOpenGLNativeWidget::defaultFormat());
-    QApplication qapp(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("oxwviewer"));
-    QApplication::setApplicationVersion(QStringLiteral("0.1"));
-
-    QCommandLineParser parser;
-    parser.setApplicationDescription(QStringLiteral("OXW volume viewer"));
-    parser.addHelpOption();
-    parser.addVersionOption();
-    const QCommandLineOption screenshotOption(
-        QStringLiteral("screenshot"),
-        QStringLiteral("Start up, save the window as a PNG image to <file> and quit."),
-        QStringLiteral("file"));
-    const QCommandLineOption pluginDirOption(
-        QStringLiteral("plugin-dir"),
-        QStringLiteral("Also load the plug-ins of <directory> (may be given several times)."),
-        QStringLiteral("directory"));
-    const QCommandLineOption noPluginsOption(QStringLiteral("no-plugins"),
-                                             QStringLiteral("Do not load any plug-in."));
-    const QCommandLineOption sampleSizeOption(
-        QStringLiteral("sample-size"),
-        QStringLiteral("Edge length in voxels of the built-in sample volumes (default 256)."),
-        QStringLiteral("voxels"), QStringLiteral("256"));
-    parser.addOption(screenshotOption);
-    parser.addOption(sampleSizeOption);
-    parser.addOption(pluginDirOption);
-    parser.addOption(noPluginsOption);
-    parser.process(qapp);
-
-    // Errors also go to stderr (the log pane shows them too).
-    const int stderrHandler = OXMError::addHandler([](const OXMError::Message& m) {
-        std::fprintf(stderr, "oxwviewer: %s\n", qPrintable(m.toString()));
-    });
-
-    OXWApplication app;
-    OXWPluginLoader loader;
-    for (const QString& dir : parser.values(pluginDirOption))
-        loader.addDirectory(dir);
-
-    auto window = std::make_unique<OXWViewerWindow>(&app);
-    window->attachPluginLoader(&loader);
-    const QString screenshotFile = parser.value(screenshotOption);
-    if (!screenshotFile.isEmpty()) {
+    if (screenshot) {
         window->resize(1280, 800);
     } else if (const QScreen* screen = QGuiApplication::primaryScreen()) {
-        // Most of the screen, centred.
         const QRect area = screen->availableGeometry();
         const QSize size = (area.size() * 0.85).boundedTo(QSize(1920, 1200));
         window->resize(size);
         window->move(area.center() - QPoint(size.width() / 2, size.height() / 2));
     }
+}
 
-    // The built-in sample: two CT-like phantoms, the 16-bit one selected. The scene tree writes
-    // the application's selection lists, the slice view shows the current object with its
-    // classification and follows every change of it.
-    bool sizeOk = false;
-    const int sampleSize = parser.value(sampleSizeOption).toInt(&sizeOk);
-    OXWSampleScene::Result sample;
-    OXWTaskProgress::beginStatusBarCallback();
-    const bool sampleBuilt = OXWSampleScene::build(&app, sizeOk ? sampleSize : -1, sample);
-    OXWTaskProgress::endStatusBarCallback();
-    if (!sampleBuilt)
-        window->logPane()->appendMessage(
-            QObject::tr("The built-in sample could not be built (sample size %1).")
-                .arg(parser.value(sampleSizeOption)));
-
-    // The scene tree on the left; the 3D view, largest, over the slices.
-    auto* views = new QSplitter(window.get());
+// The scene tree on the left; the 3D view, largest, over the slices. Both views show the
+// tree's current object and follow every change of it.
+OXWSceneTreeView* buildViews(OXWViewerWindow* window, OXWApplication* app)
+{
+    auto* views = new QSplitter(window);
     auto* tree = new OXWSceneTreeView(views);
     auto* pictures = new QSplitter(Qt::Vertical, views);
     auto* volumeView = new OXWVolumeView(pictures);
@@ -132,48 +82,120 @@ int main(int argc, char** argv)
     QAction* resetCamera = window->viewMenu()->addAction(QObject::tr("Reset 3D view"));
     resetCamera->setShortcut(QKeySequence(QStringLiteral("Ctrl+R")));
     QObject::connect(resetCamera, &QAction::triggered, volumeView, &OXWVolumeView::resetCamera);
-    tree->setApplication(&app);
+    tree->setApplication(app);
+    window->setCentralWidget(views);
+    return tree;
+}
+
+// File ▸ Open volume..., Open Recent, before Quit; files dropped on the window open too.
+void addFileActions(OXWViewerWindow* window, OXWVolumeOpener* opener)
+{
+    QMenu* file = window->fileMenu();
+    auto* open = new QAction(QObject::tr("&Open volume..."), file);
+    open->setShortcut(QKeySequence::Open);
+    QObject::connect(open, &QAction::triggered, opener, &OXWVolumeOpener::openWithDialog);
+    auto* recent = new QMenu(QObject::tr("Open &Recent"), file);
+    opener->setRecentMenu(recent);
+    file->insertAction(window->quitAction(), open);
+    file->insertMenu(window->quitAction(), recent);
+    file->insertSeparator(window->quitAction());
+    QObject::connect(window, &OXWViewerWindow::filesDropped, opener, &OXWVolumeOpener::open);
+}
+
+// Trying the tool without the right to edit: the rights of the open file live in the scene.
+void addLockAction(OXWViewerWindow* window, OXMScene* scene)
+{
+    QAction* lock = window->editMenu()->addAction(QObject::tr("Lock classification"));
+    lock->setCheckable(true);
+    lock->setEnabled(scene && scene->getRights());
+    QObject::connect(lock, &QAction::toggled, [scene](bool locked) {
+        if (OXMTulvoRights* rights = scene ? scene->getRights() : nullptr)
+            rights->setAllowClassificationEdit(!locked);
+    });
+}
+
+void loadPlugins(OXWPluginLoader& loader, OXWViewerWindow* window, bool disabled)
+{
+    if (disabled) {
+        window->logPane()->appendMessage(QObject::tr("Plug-ins disabled (--no-plugins)"));
+        return;
+    }
+    const int loaded = loader.loadAll();
+    window->logPane()->appendMessage(QObject::tr("%1 plug-in(s) loaded from %2")
+                                         .arg(loaded)
+                                         .arg(loader.directories().join(QStringLiteral(", "))));
+}
+
+// Writes the window to the file once the event loop runs, and quits; false on failure.
+void scheduleScreenshot(QWidget* window, const QString& file, int& exitCode)
+{
+    QTimer::singleShot(0, window, [window, file, &exitCode] {
+        const QPixmap shot = window->grab();
+        if (shot.isNull() || !shot.save(file, "PNG")) {
+            std::fprintf(stderr, "oxwviewer: could not write the screenshot '%s'\n",
+                         qPrintable(file));
+            exitCode = 1;
+        }
+        QApplication::quit();
+    });
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    const OXWViewerOptions options = OXWViewerOptions::parse(argc, argv);
+    if (options.exitCode >= 0)
+        return options.exitCode;
+    // The 3D view draws with OpenGL: the format VTK needs, for every GL widget.
+    QSurfaceFormat::setDefaultFormat(QVTKOpenGLNativeWidget::defaultFormat());
+    QApplication qapp(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("oxwviewer"));
+    QApplication::setApplicationVersion(QStringLiteral("0.1"));
+
+    // Errors also go to stderr (the log pane shows them too).
+    const int stderrHandler = OXMError::addHandler([](const OXMError::Message& m) {
+        std::fprintf(stderr, "oxwviewer: %s\n", qPrintable(m.toString()));
+    });
+
+    OXWApplication app;
+    OXWPluginLoader loader;
+    for (const QString& dir : options.pluginDirectories)
+        loader.addDirectory(dir);
+    auto window = std::make_unique<OXWViewerWindow>(&app);
+    window->attachPluginLoader(&loader);
+    placeWindow(window.get(), !options.screenshot.isEmpty());
+
+    // The built-in sample: two CT-like phantoms, the 16-bit one selected.
+    OXWSampleScene::Result sample;
+    OXWTaskProgress::beginStatusBarCallback();
+    const bool sampleBuilt = OXWSampleScene::build(&app, options.sampleSize, sample);
+    OXWTaskProgress::endStatusBarCallback();
+    if (!sampleBuilt)
+        window->logPane()->appendMessage(
+            QObject::tr("The built-in sample could not be built (sample size %1).")
+                .arg(options.sampleSize));
+    OXWSceneTreeView* tree = buildViews(window.get(), &app);
     if (sample.volume16)
         tree->selectObject(sample.volume16);
-    window->setCentralWidget(views);
+    auto* opener = new OXWVolumeOpener(window.get());
+    opener->setInteractive(options.screenshot.isEmpty());
+    addFileActions(window.get(), opener);
 
     // The classification tool, docked beside the views (the plug-in will dock it itself).
     window->createTool(new OXWClassificationToolGUI(nullptr, "OXWClassificationToolGUI"),
                        OXWDockWindow::Vertical);
-
-    // Trying the tool without the right to edit: the rights of the open file live in the scene.
-    QAction* lock = window->editMenu()->addAction(QObject::tr("Lock classification"));
-    lock->setCheckable(true);
-    lock->setEnabled(sample.scene && sample.scene->getRights());
-    QObject::connect(lock, &QAction::toggled, [&sample](bool locked) {
-        if (OXMTulvoRights* rights = sample.scene ? sample.scene->getRights() : nullptr)
-            rights->setAllowClassificationEdit(!locked);
-    });
-
-    if (!parser.isSet(noPluginsOption)) {
-        const int loaded = loader.loadAll();
-        window->logPane()->appendMessage(QObject::tr("%1 plug-in(s) loaded from %2")
-                                             .arg(loaded)
-                                             .arg(loader.directories().join(QStringLiteral(", "))));
-    } else {
-        window->logPane()->appendMessage(QObject::tr("Plug-ins disabled (--no-plugins)"));
-    }
+    addLockAction(window.get(), sample.scene);
+    loadPlugins(loader, window.get(), options.noPlugins);
     window->show();
     loader.initializeAll();
 
     int exitCode = 0;
-    if (!screenshotFile.isEmpty()) {
-        QTimer::singleShot(0, window.get(), [&window, &screenshotFile, &exitCode] {
-            const QPixmap shot = window->grab();
-            if (shot.isNull() || !shot.save(screenshotFile, "PNG")) {
-                std::fprintf(stderr, "oxwviewer: could not write the screenshot '%s'\n",
-                             qPrintable(screenshotFile));
-                exitCode = 1;
-            }
-            QApplication::quit();
-        });
-    }
-    const int runResult = qapp.exec();
+    if (!opener->open(options.files) && !options.screenshot.isEmpty())
+        exitCode = 1;
+    if (!options.screenshot.isEmpty() && exitCode == 0)
+        scheduleScreenshot(window.get(), options.screenshot, exitCode);
+    const int runResult = exitCode == 0 ? qapp.exec() : 0;
 
     loader.terminateAll(); // before the window goes
     window.reset();

@@ -23,6 +23,7 @@
 #include <vtkTextActor.h>
 #include <vtkTextProperty.h>
 
+#include <algorithm>
 #include <cstring>
 
 namespace {
@@ -247,7 +248,11 @@ void OXWVolumeView::applyCamera()
     const bool hasView = camera && camera->getValue(OXMSceneNames::cameraPosition(), position) &&
                          camera->getValue(OXMSceneNames::cameraFocalPoint(), focal) &&
                          !(position == focal);
-    if (!hasView) {
+    // A volume of other bounds than the one the camera was placed around is shown whole.
+    double bounds[6];
+    const bool otherBounds =
+        mPipeline->getBounds(bounds) && !std::equal(bounds, bounds + 6, mFramedBounds.begin());
+    if (!hasView || (!mCameraPlaced && otherBounds)) {
         if (!mCameraPlaced && isShowing())
             resetCamera();
         return;
@@ -294,6 +299,7 @@ void OXWVolumeView::resetCamera()
     c->SetPosition(0.0, -1.0, 0.0);
     c->SetViewUp(0.0, 0.0, 1.0);
     mRenderer->ResetCamera(bounds);
+    std::copy(bounds, bounds + 6, mFramedBounds.begin());
     mCameraPlaced = true;
     writeCamera();
     if (isVisible())

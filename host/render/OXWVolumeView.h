@@ -11,6 +11,7 @@
 #include <QTimer>
 #include <QVTKOpenGLNativeWidget.h>
 
+#include <array>
 #include <memory>
 
 class OXWVolumePipeline;
@@ -39,7 +40,8 @@ class vtkTextActor;
 //
 // Camera: the view shows the scene's first camera ("SceneCameraList"): it applies the
 // camera's view when the camera changes, and writes it (outside any user action: view state)
-// after the user moved it and when it places a camera that has no view yet around the object.
+// after the user moved it and when it places the camera around an object: one whose camera has
+// no view yet, or a newly shown object of other bounds than the camera was placed around.
 class OXWVolumeView : public QVTKOpenGLNativeWidget
 {
     Q_OBJECT
@@ -115,4 +117,6 @@ private:
     bool mInteracting = false;
     bool mWritingCamera = false;
     bool mCameraPlaced = false;
+    // The bounds of what the camera was last placed around.
+    std::array<double, 6> mFramedBounds = {{0, 0, 0, 0, 0, 0}};
 };

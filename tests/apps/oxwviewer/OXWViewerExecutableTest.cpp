@@ -109,3 +109,48 @@ TEST(OXWViewerExecutable, NoPluginsLoadsNothing)
     EXPECT_EQ(r.exitCode, 0) << r.output.toStdString();
     EXPECT_FALSE(QFileInfo::exists(log));
 }
+
+// The command line: help and version without a display; bad values exit 2 with a message; a
+// file is opened before the screenshot, one that cannot be opened exits 1 naming it.
+TEST(OXWViewerExecutable, CommandLineAnswersAndExitCodes)
+{
+    QTemporaryDir dir;
+    const QString volume = dir.filePath(QStringLiteral("ramp.nrrd"));
+    QFile file(volume);
+    ASSERT_TRUE(file.open(QIODevice::WriteOnly));
+    file.write("NRRD0004\ntype: uchar\ndimension: 3\nsizes: 4 4 4\nencoding: raw\n\n");
+    for (int i = 0; i < 64; ++i)
+        file.putChar(char(i * 3));
+    file.close();
+    const QString shot = dir.filePath(QStringLiteral("shot.png"));
+    QProcessEnvironment noDisplay;
+    noDisplay.insert(QStringLiteral("DISPLAY"), QString());
+    struct Call
+    {
+        QStringList arguments;
+        QProcessEnvironment environment;
+        int exitCode;
+        const char* output;
+    };
+    const Call calls[] = {
+        {{"--help"}, noDisplay, 0, "[FILE...]"},
+        {{"--version"}, noDisplay, 0, "oxwviewer 0.1"},
+        {{"--sample-size", "abc"}, noDisplay, 2, "--sample-size abc"},
+        {{"--sample-size", "-4"}, noDisplay, 2, "--sample-size -4"},
+        {{"--frobnicate"}, noDisplay, 2, "frobnicate"},
+        {{"--sample-size", "8", "--no-plugins", "--screenshot", shot, volume}, {}, 0, ""},
+        {{"--sample-size", "8", "--no-plugins", "--screenshot", shot, volume + "x"},
+         {},
+         1,
+         "ramp.nrrdx: no such file"},
+    };
+    for (const Call& c : calls) {
+        const RunResult r = runViewer(c.arguments, c.environment);
+        ASSERT_TRUE(r.finished) << c.arguments.join(' ').toStdString();
+        EXPECT_EQ(r.exitCode, c.exitCode)
+            << c.arguments.join(' ').toStdString() << r.output.toStdString();
+        EXPECT_TRUE(r.output.contains(QString::fromLatin1(c.output))) << r.output.toStdString();
+    }
+    QImage image;
+    ASSERT_TRUE(image.load(shot, "PNG"));
+}
