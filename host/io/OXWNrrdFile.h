@@ -5,7 +5,7 @@
 #include <QString>
 
 #include <cstdint>
-#include <vector>
+#include <memory>
 
 class OXMTaskInfo;
 
@@ -15,8 +15,18 @@ class OXMTaskInfo;
 class OXWNrrdFile
 {
 public:
-    // False with the reason in error (empty when the task was aborted).
-    static bool readVoxels(const QString& headerPath, const OXWVolumeHeader& header,
-                           std::vector<std::uint8_t>& bytes, QString& error,
-                           OXMTaskInfo* task = nullptr);
+    // The smallest and largest value of scalar integer voxels, counted while reading.
+    struct ValueRange
+    {
+        bool known = false;
+        long long smallest = 0;
+        long long largest = -1;
+    };
+
+    // The voxels (header.dataBytes() bytes, not otherwise initialised); null with the reason
+    // in error (empty when the task was aborted).
+    static std::shared_ptr<std::uint8_t> readVoxels(const QString& headerPath,
+                                                    const OXWVolumeHeader& header, QString& error,
+                                                    ValueRange* range = nullptr,
+                                                    OXMTaskInfo* task = nullptr);
 };

@@ -227,16 +227,19 @@ QString checkHeader(const Header& h)
     return QString();
 }
 
-// A new volume of the voxels, which its grid shares.
+// A new volume of the voxels, which its grid shares; their value range when the reader
+// counted it spares the volume a pass over them.
 OXMVolumeRenderObject* makeVolume(const long long dims[3], OXMenum type,
                                   std::shared_ptr<const std::uint8_t> data, std::size_t bytes,
                                   const double spacing[3], const double origin[3],
-                                  const QString& name)
+                                  const QString& name, const OXWNrrdFile::ValueRange& range = {})
 {
     auto* grid = new OXMSampleGrid;
     OXMObjectPtr hold(grid);
     if (!grid->setData({int(dims[0]), int(dims[1]), int(dims[2])}, type, std::move(data), bytes))
         return nullptr;
+    if (range.known && range.largest >= range.smallest)
+        grid->setValueRange(range.smallest, range.largest);
     grid->setSpacing({float(spacing[0]), float(spacing[1]), float(spacing[2])});
     grid->setGridOrigin({float(origin[0]), float(origin[1]), float(origin[2])});
     const QByteArray local = name.toLocal8Bit();
@@ -459,19 +462,19 @@ Result readNrrd(const QString& path, OXMTaskInfo* task)
     const OXMenum type = nrrdVoxelType(h);
     if (type == OXM::Unknown)
         return failure(path, QObject::tr("voxels of a type the viewer does not read"));
-    auto bytes = std::make_shared<std::vector<std::uint8_t>>();
     QString why;
     Result r;
-    if (!OXWNrrdFile::readVoxels(path, h, *bytes, why, task)) {
+    OXWNrrdFile::ValueRange range;
+    std::shared_ptr<std::uint8_t> data = OXWNrrdFile::readVoxels(path, h, why, &range, task);
+    if (!data) {
         if (why.isEmpty()) {
             r.cancelled = true;
             return r;
         }
         return failure(path, why);
     }
-    const std::size_t size = bytes->size();
-    r.volume = makeVolume(h.dims, type, std::shared_ptr<const std::uint8_t>(bytes, bytes->data()),
-                          size, h.spacing, h.origin, baseName(path));
+    r.volume = makeVolume(h.dims, type, std::move(data), std::size_t(h.dataBytes()), h.spacing,
+                          h.origin, baseName(path), range);
     r.transform = identity();
     for (int a = 0; a < 3; ++a)
         for (int c = 0; c < 3; ++c)

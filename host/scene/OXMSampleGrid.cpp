@@ -1,5 +1,7 @@
 #include "OXMSampleGrid.h"
 
+#include <climits>
+
 #include "OXMHistogramCalculator.h"
 #include "OXMSceneNames.h"
 
@@ -179,8 +181,24 @@ double OXMSampleGrid::getNativeValue(long long index, int channelIndex) const
     return 0.0;
 }
 
+void OXMSampleGrid::setValueRange(long long smallest, long long largest)
+{
+    mValueRangeVersion = getDataVersion();
+    mSmallest = smallest;
+    mLargest = largest;
+}
+
 bool OXMSampleGrid::getIndexRange(OXMenum channel, int& first, int& last) const
 {
+    const OXMTypeInfo::Channel* c = getDataType().getChannel(channel);
+    const bool oneBinPerValue = c && c->isInteger() && getDataType().getChannelCount() == 1 &&
+                                mLargest - mSmallest < OXMHistogramCalculator::MaxIntegerBins &&
+                                mSmallest > INT_MIN && mLargest < INT_MAX;
+    if (mValueRangeVersion == getDataVersion() && oneBinPerValue && mLargest >= mSmallest) {
+        first = int(mSmallest);
+        last = int(mLargest);
+        return true;
+    }
     OXMHistogramCalculator::Input in;
     OXMHistogramCalculator::Output out;
     if (!OXMHistogramCalculator::makeInput(*this, channel, in) ||

@@ -69,8 +69,16 @@ public:
     // The grey-value index range of the data as the histogram indexes it: for integer
     // channels with one bin per value the smallest and largest value, else 0..binCount-1.
     bool getIndexRange(OXMenum channel, int& first, int& last) const;
+    // Tells the grid the smallest and largest value of its scalar integer data, found by
+    // whoever wrote the voxels (a file reader counts them while reading): getIndexRange answers
+    // from it without a pass over the voxels, until the data change.
+    void setValueRange(long long smallest, long long largest);
 
 private:
     std::shared_ptr<const std::uint8_t> mData;
     std::size_t mByteCount = 0;
+    // From setValueRange, valid for the data version it was given at; -1: none.
+    int mValueRangeVersion = -1;
+    long long mSmallest = 0;
+    long long mLargest = -1;
 };
