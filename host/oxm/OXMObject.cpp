@@ -233,6 +233,12 @@ bool OXMObject::copyProperty(const OXMObject* source, OXMenum id)
     return from && to && (from == to || to->assignFrom(*from));
 }
 
+OXMObject* OXMObject::getLinkedObject(OXMenum id) const
+{
+    OXMObjectLink link;
+    return getValue(id, link) ? link.getLink() : nullptr;
+}
+
 // --- references
 
 void OXMObject::unref(bool mayDelete)

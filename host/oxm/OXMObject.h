@@ -7,6 +7,7 @@
 #include "OXMValueArrayPropertyIF.h"
 
 #include <memory>
+#include <vector>
 
 class OXMAction;
 class OXMMetaClass;
@@ -70,6 +71,24 @@ public:
         auto* p = OXMSingleValuePropertyIF<T>::getInterface(getProperty(id));
         return p && p->setValue(value);
     }
+    // The whole array property id (0-based); false, and values empty, when it is missing or of
+    // another type.
+    template <typename T>
+    bool getArray(OXMenum id, std::vector<T>& values) const
+    {
+        auto* p = OXMValueArrayPropertyIF<T>::getInterface(getProperty(id));
+        values = p ? p->getArray() : std::vector<T>();
+        return p != nullptr;
+    }
+    // Replaces the whole array property id (initArray over 0..n-1).
+    template <typename T>
+    bool setArray(OXMenum id, const std::vector<T>& values)
+    {
+        auto* p = OXMValueArrayPropertyIF<T>::getInterface(getProperty(id));
+        return p && p->setArray(values);
+    }
+    // The object linked by the single link property id; null when missing or empty.
+    OXMObject* getLinkedObject(OXMenum id) const;
 
     // --- references and lifetime
     void addRef() { ++mRefCount; }

@@ -42,12 +42,6 @@ OXMSceneObject& OXMSceneObject::operator=(const OXMSceneObject& other)
     return *this;
 }
 
-OXMObject* OXMSceneObject::getLinkedObject(OXMenum id) const
-{
-    OXMObjectLink l;
-    return getValue(id, l) ? l.getLink() : nullptr;
-}
-
 OXMObject* OXMSceneObject::getLinkedAuxObject(OXMenum id) const
 {
     OXMObjectLink l;

@@ -20,8 +20,6 @@ public:
     OXMSceneObject(const OXMSceneObject& other);
     OXMSceneObject& operator=(const OXMSceneObject& other);
 
-    // The object linked by the single link property id; null when missing or empty.
-    OXMObject* getLinkedObject(OXMenum id) const;
     OXMObject* getLinkedAuxObject(OXMenum id) const;
     // Writes a link to object (with an optional auxiliary object) into property id.
     bool setLinkedObject(OXMenum id, OXMObject* object, OXMObject* aux = nullptr);
