@@ -1,0 +1,330 @@
+// The JSON documents of objects: every value type comes back equal, enumerations travel by
+// name, objects held through parent links are made again by class name and references between
+// them are kept, and every malformed document is refused whole, leaving no object behind.
+
+#include "OXMObjectSerializer.h"
+#include "OXMClassFactory.h"
+#include "OXMClassManager.h"
+#include "OXMInterval.h"
+#include "OXMMetaClass.h"
+#include "OXMObject.h"
+#include "OXMObjectPath.h"
+#include "OXMRGB8.h"
+#include "OXMRGBA.h"
+#include "OXMRGBf.h"
+#include "OXMRegisteredEnum.h"
+#include "OXMSingleValueOP.h"
+#include "OXMTypeInfo.h"
+#include "OXMValueArrayOP.h"
+#include "OXMVector2.h"
+#include "OXMVector3.h"
+
+#include <gtest/gtest.h>
+
+#include <QJsonDocument>
+
+#include <cmath>
+#include <limits>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+namespace {
+
+const char* const Ns = "serializertests";
+OXMenum key(const char* name)
+{
+    return *new OXMRegisteredEnum(name, false, Ns); // lives for the program
+}
+
+constexpr float Inf = std::numeric_limits<float>::infinity();
+
+// A sample pair per type: a default-like value and one at the edges of the type.
+using Samples = std::tuple<
+    std::pair<bool, bool>, std::pair<int, int>, std::pair<float, float>, std::pair<double, double>,
+    std::pair<OXMenum, OXMenum>, std::pair<const char*, const char*>,
+    std::pair<OXMTypeInfo, OXMTypeInfo>, std::pair<OXMVector2<float>, OXMVector2<float>>,
+    std::pair<OXMVector3<int>, OXMVector3<int>>,
+    std::pair<std::pair<float, float>, std::pair<float, float>>,
+    std::pair<std::vector<float>, std::vector<float>>, std::pair<OXMRGBf, OXMRGBf>,
+    std::pair<OXMRGB8, OXMRGB8>, std::pair<OXMRGBA<unsigned char>, OXMRGBA<unsigned char>>,
+    std::pair<OXMInterval, OXMInterval>>;
+const Samples samples{
+    {false, true},
+    {0, std::numeric_limits<int>::min()},
+    {0.1f, std::numeric_limits<float>::max()},
+    {0.1, -1e300},
+    {OXM::Enabled, OXMenum()},
+    {nullptr, "Grün/\"x\"\n"},
+    {OXMTypeInfo(OXM::UInt16), OXMTypeInfo()},
+    {{0.5f, 1.0f}, {-Inf, 1e-45f}},
+    {{1, 2, 3}, {-7, 0, 65536}},
+    {{0.0f, 1.0f}, {3.3f, -0.0f}},
+    {{}, {1.0f, 0.25f, 1e10f}},
+    {{1, 0.5f, 0}, {0.2f, 0.4f, 0.6f}},
+    {{255, 0, 7}, {1, 2, 3}},
+    {{255, 255, 255, 0}, {1, 2, 3, 4}},
+    {{0, -1}, {-5, 5}},
+};
+
+// An object with a single and an array property of every sample type, created by class name.
+class Bag : public OXMObject
+{
+public:
+    Bag()
+    {
+        std::apply([this](const auto&... pairs) { (add(pairs), ...); }, samples);
+    }
+    static const OXMMetaClass* metaClass()
+    {
+        static OXMDefaultClassFactory<Bag> factory;
+        static OXMMetaClass meta("SerializerTestBag", sizeof(Bag), OXMObject::metaClass(), &factory,
+                                 Ns);
+        return &meta;
+    }
+    const OXMMetaClass* getMetaClass() const override { return metaClass(); }
+
+private:
+    template <typename T>
+    void add(const std::pair<T, T>&)
+    {
+        const int n = getPropertyCount();
+        addProperty(key(QByteArray("S").append(QByteArray::number(n)).constData()),
+                    new OXMSingleValueOP<T>, true);
+        if constexpr (!std::is_same<T, bool>::value)
+            addProperty(key(QByteArray("A").append(QByteArray::number(n)).constData()),
+                        new OXMValueArrayOP<T>, true);
+    }
+};
+
+// A tree: parent links (single, array), a plain link, a path and a value.
+class Holder : public OXMObject
+{
+public:
+    Holder()
+    {
+        auto* child = new OXMSingleValueOP<OXMObjectLink>;
+        child->setParentLink(true);
+        auto* children = new OXMValueArrayOP<OXMObjectLink>;
+        children->setParentLink(true);
+        addProperty(OXM::ApplicationSampleMaterial, child, true);
+        addProperty(OXM::VolumeRenderObjectList, children, true);
+        addProperty(OXM::Reference, new OXMSingleValueOP<OXMObjectLink>, true);
+        addProperty(OXM::ScenePath, new OXMSingleValueOP<OXMObjectPath>, true);
+        addProperty(OXM::Scale, new OXMSingleValueOP<float>(1.0f), true);
+    }
+    static const OXMMetaClass* metaClass()
+    {
+        static OXMDefaultClassFactory<Holder> factory;
+        static OXMMetaClass meta("SerializerTestHolder", sizeof(Holder), OXMObject::metaClass(),
+                                 &factory, Ns);
+        return &meta;
+    }
+    const OXMMetaClass* getMetaClass() const override { return metaClass(); }
+};
+
+int liveTestObjects()
+{
+    OXMClassManager::SearchPattern pattern;
+    pattern.moduleName = Ns;
+    return OXMClassManager::getObjectCount(pattern);
+}
+
+bool sameValue(const OXMProperty* a, const OXMProperty* b)
+{
+    return a && b && a->saveValue()->equals(*b->saveValue());
+}
+
+OXMObjectPtr roundTrip(const OXMObject& object, QByteArray* text = nullptr)
+{
+    QByteArray json;
+    QString error;
+    EXPECT_TRUE(OXMObjectSerializer::write(object, {}, json, &error)) << error.toStdString();
+    OXMObjectSerializer::Document document;
+    EXPECT_TRUE(OXMObjectSerializer::read(json, document, &error)) << error.toStdString();
+    if (text)
+        *text = json;
+    return document.root;
+}
+
+} // namespace
+
+TEST(OXMObjectSerializer, EveryValueTypeComesBackEqualAsSingleValueAndArray)
+{
+    for (int pick = 0; pick < 2; ++pick) {
+        OXMObjectPtr bag(new Bag);
+        int index = 0;
+        std::apply(
+            [&](const auto&... pairs) {
+                const auto set = [&](const auto& pair) {
+                    const auto& value = pick == 0 ? pair.first : pair.second;
+                    using T = std::decay_t<decltype(value)>;
+                    EXPECT_TRUE(bag->setValue<T>(bag->getPropertyAt(index)->getID(), value));
+                    if constexpr (!std::is_same<T, bool>::value) {
+                        EXPECT_TRUE(bag->setArray<T>(bag->getPropertyAt(++index)->getID(),
+                                                     {value, pair.first, value}));
+                    }
+                    ++index;
+                };
+                (set(pairs), ...);
+            },
+            samples);
+        const OXMObjectPtr copy = roundTrip(*bag);
+        ASSERT_TRUE(copy);
+        for (int i = 0; i < bag->getPropertyCount(); ++i)
+            EXPECT_TRUE(sameValue(bag->getPropertyAt(i), copy->getPropertyAt(i)))
+                << bag->getPropertyAt(i)->getID().toString().toStdString() << " pick " << pick;
+    }
+}
+
+TEST(OXMObjectSerializer, NotANumberAndShortestFloatsAndNamesAreWrittenReadably)
+{
+    Holder holder;
+    holder.setAutoDelete(false);
+    holder.setValue(OXM::Scale, std::numeric_limits<float>::quiet_NaN());
+    QByteArray text;
+    OXMObjectPtr copy = roundTrip(holder, &text);
+    float scale = 0.0f;
+    ASSERT_TRUE(copy && copy->getValue(OXM::Scale, scale));
+    EXPECT_TRUE(std::isnan(scale));
+    EXPECT_TRUE(text.contains("\"OXM::Scale\": \"nan\"")) << text.toStdString();
+
+    Bag bag;
+    bag.setAutoDelete(false);
+    bag.setArray(key("A9"), std::vector<const char*>{"x"});
+    bag.setArray(key("A13"), std::vector<OXMVector2<float>>{{10.0f, 0.1f}});
+    bag.setValue(key("S11"), OXMTypeInfo(OXM::Rgba16));
+    roundTrip(bag, &text);
+    EXPECT_TRUE(text.contains("[10, 0.1]")) << text.toStdString();
+    EXPECT_TRUE(text.contains("\"OXM::Rgba16\""));
+    EXPECT_TRUE(text.contains("\"serializertests::A9\": [\n")) << text.toStdString();
+}
+
+TEST(OXMObjectSerializer, ChildrenAreMadeAgainAndReferencesAndPathsPointIntoTheCopy)
+{
+    OXMObjectPtr root(new Holder);
+    auto* a = new Holder;
+    auto* b = new Holder;
+    auto* c = new Holder;
+    auto* aux = new Holder;
+    Holder outside;
+    outside.setAutoDelete(false);
+    root->setValue(OXM::ApplicationSampleMaterial,
+                   OXMObjectLink(a, nullptr, {}, nullptr, OXM::Local));
+    root->setArray(OXM::VolumeRenderObjectList,
+                   std::vector<OXMObjectLink>{OXMObjectLink(b), OXMObjectLink(c, aux)});
+    a->setValue(OXM::Reference, OXMObjectLink(c));        // to a later sibling
+    c->setValue(OXM::Reference, OXMObjectLink(aux));      // to an auxiliary object
+    b->setValue(OXM::Reference, OXMObjectLink(&outside)); // not in the document
+    a->setValue(OXM::ScenePath, OXMObjectPath::fromObject(c));
+    a->setValue(OXM::Scale, 2.5f);
+
+    QByteArray text;
+    OXMObjectPtr copy = roundTrip(*root, &text);
+    ASSERT_TRUE(copy);
+    OXMObjectLink la;
+    ASSERT_TRUE(copy->getValue(OXM::ApplicationSampleMaterial, la));
+    EXPECT_EQ(la.getKind(), OXM::Local);
+    std::vector<OXMObjectLink> list;
+    ASSERT_TRUE(copy->getArray(OXM::VolumeRenderObjectList, list));
+    ASSERT_EQ(list.size(), 2u);
+    OXMObject* a2 = la.getLink();
+    OXMObject* c2 = list[1].getLink();
+    for (OXMObject* made : {a2, list[0].getLink(), c2, list[1].getAuxLink()}) {
+        ASSERT_NE(made, nullptr);
+        EXPECT_TRUE(made->isOfType("SerializerTestHolder"));
+        EXPECT_TRUE(made != a && made != b && made != c && made != aux);
+    }
+    EXPECT_EQ(a2->getParentLink().getOwner(), copy.get());
+    EXPECT_EQ(a2->getLinkedObject(OXM::Reference), c2);
+    EXPECT_EQ(c2->getLinkedObject(OXM::Reference), list[1].getAuxLink());
+    EXPECT_EQ(list[0].getLink()->getLinkedObject(OXM::Reference), nullptr);
+    OXMObjectPath path;
+    ASSERT_TRUE(a2->getValue(OXM::ScenePath, path));
+    EXPECT_EQ(path, OXMObjectPath::fromObject(c2));
+    float scale = 0.0f;
+    EXPECT_TRUE(a2->getValue(OXM::Scale, scale) && scale == 2.5f);
+    EXPECT_TRUE(text.contains("\"ref\": \"/OXM::VolumeRenderObjectList/1/aux\""));
+}
+
+TEST(OXMObjectSerializer, MalformedDocumentsAreRefusedWholeAndLeaveNoObjects)
+{
+    Holder tree;
+    tree.setAutoDelete(false);
+    tree.setValue(OXM::ApplicationSampleMaterial, OXMObjectLink(new Holder));
+    QByteArray good;
+    ASSERT_TRUE(OXMObjectSerializer::write(tree, {{"kind", "test"}}, good));
+    const auto edit = [&good](const char* from, const char* to) {
+        return QByteArray(good).replace(from, to);
+    };
+    const auto nested = [](int depth) {
+        QByteArray node = R"({"class": "SerializerTestHolder"})";
+        for (int i = 0; i < depth; ++i)
+            node =
+                R"({"class": "SerializerTestHolder", "properties": {"OXM::ApplicationSampleMaterial": )" +
+                node + "}}";
+        return R"({"format": "oxm-objects", "version": 1, "root": )" + node + "}";
+    };
+    const struct
+    {
+        QByteArray document;
+        const char* reason;
+    } cases[] = {
+        {"", "not valid JSON"},
+        {good.left(good.size() / 2), "not valid JSON"},
+        {"[1, 2]", "not a document"},
+        {edit("oxm-objects", "other"), "not a document"},
+        {edit("\"version\": 1", "\"version\": 2"), "newer version"},
+        {edit("\"version\": 1", "\"version\": \"1\""), "no valid format version"},
+        {edit("\"root\"", "\"rot\""), "no \"root\""},
+        {edit("SerializerTestHolder", "NoSuchClass"), "unknown class \"NoSuchClass\""},
+        {edit("OXM::Scale", "OXM::Opacity"), "/OXM::Opacity: an object of the class"},
+        {edit("\"OXM::Scale\": 1", "\"OXM::Scale\": \"1\""), "expected a number"},
+        {edit("\"OXM::Scale\": 1", "\"OXM::Scale\": 1e39"), "expected a number"},
+        {edit("\"OXM::Reference\": null", "\"OXM::Reference\": {\"ref\": \"/nowhere\"}"),
+         "names no object"},
+        {edit("\"OXM::Reference\": null",
+              "\"OXM::Reference\": {\"class\": \"SerializerTestHolder\"}"),
+         "only in a parent link"},
+        {edit("\"OXM::Reference\": null", "\"OXM::Reference\": {\"ref\": \"\"}"), "ring"},
+        {edit("\"OXM::VolumeRenderObjectList\": [", "\"OXM::VolumeRenderObjectList\": [7"),
+         "expected a link"},
+        {nested(OXMObjectSerializer::MaxDepth + 1), "deeper than"},
+    };
+    const int before = liveTestObjects();
+    for (const auto& c : cases) {
+        OXMObjectSerializer::Document document;
+        QString error;
+        EXPECT_FALSE(OXMObjectSerializer::read(c.document, document, &error)) << c.reason;
+        EXPECT_TRUE(error.contains(QLatin1String(c.reason))) << error.toStdString();
+        EXPECT_FALSE(document.root);
+        EXPECT_EQ(liveTestObjects(), before) << c.reason;
+    }
+    OXMObjectSerializer::Document document;
+    ASSERT_TRUE(OXMObjectSerializer::read(nested(OXMObjectSerializer::MaxDepth), document));
+    EXPECT_FALSE(document.header.contains("kind")) << "the nested one has none";
+    ASSERT_TRUE(OXMObjectSerializer::read(good, document));
+    EXPECT_EQ(document.header.value("kind").toString(), QStringLiteral("test"));
+}
+
+TEST(OXMObjectSerializer, AnEnumerationWithdrawnSinceWritingAndAPropertyOfAnUnknownTypeAreRefused)
+{
+    Bag bag;
+    bag.setAutoDelete(false);
+    QByteArray json;
+    {
+        const OXMRegisteredEnum passing("Passing", false, Ns);
+        bag.setValue(key("S7"), OXMenum(passing));
+        ASSERT_TRUE(OXMObjectSerializer::write(bag, {}, json));
+        EXPECT_TRUE(json.contains("\"serializertests::Passing\""));
+    }
+    OXMObjectSerializer::Document document;
+    QString error;
+    EXPECT_FALSE(OXMObjectSerializer::read(json, document, &error));
+    EXPECT_TRUE(error.contains("unknown value \"serializertests::Passing\""))
+        << error.toStdString();
+
+    bag.addProperty(key("Foreign"), new OXMSingleValueOP<QString>, true);
+    EXPECT_FALSE(OXMObjectSerializer::write(bag, {}, json, &error));
+    EXPECT_TRUE(error.contains("/serializertests::Foreign: the property has a type"));
+}
