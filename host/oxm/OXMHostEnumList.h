@@ -113,4 +113,6 @@
     X(Blue)                                                                                        \
     X(Alpha)                                                                                       \
     X(AllowClassificationEdit)                                                                     \
-    X(ExtractGreyvalueInterval)
+    X(ExtractGreyvalueInterval)                                                                    \
+    X(UserPreset)                                                                                  \
+    X(PresetModified)

@@ -1,6 +1,7 @@
 #include "OXWPresetHandler.h"
 
 #include <OXMMetaClass.h>
+#include <OXMNoUndoScope.h>
 #include <OXMRegisteredEnum.h>
 
 #include <algorithm>
@@ -20,6 +21,8 @@ std::vector<OXWPresetHandler*>& registry()
 OXWPresetHandler::OXWPresetHandler(OXMenum id) : mHandlerID(id)
 {
     setAutoDelete(false);
+    addProperty(OXM::Preset, &mPreset);
+    addProperty(OXM::PresetModified, &mPresetModified);
     if (mHandlerID.isValid()) {
         registry().push_back(this);
     }
@@ -71,4 +74,79 @@ bool OXWPresetHandler::setHistogramObject(OXMObject* histogram)
 {
     mHistogram = histogram;
     return true;
+}
+
+bool OXWPresetHandler::getPresetList(QStringList& list, OXMenum) const
+{
+    list.clear();
+    return false;
+}
+
+QPixmap OXWPresetHandler::getPresetPixmap(const QString&, OXMenum)
+{
+    return QPixmap();
+}
+
+QString OXWPresetHandler::presetCategoryText() const
+{
+    return QString();
+}
+
+bool OXWPresetHandler::applyPresetToTarget(const QString&, OXMenum)
+{
+    return false;
+}
+
+bool OXWPresetHandler::saveTargetAsPreset(const QString&, OXMenum)
+{
+    return false;
+}
+
+bool OXWPresetHandler::deletePreset(const QString&, OXMenum)
+{
+    return false;
+}
+
+bool OXWPresetHandler::loadState(const QString& name, OXMenum type)
+{
+    QStringList names;
+    return getPresetList(names, type) && names.contains(name) && setCurrentPreset(name);
+}
+
+bool OXWPresetHandler::saveState()
+{
+    const QString name = getCurrentPreset();
+    QStringList names;
+    return !name.isEmpty() && getPresetList(names, OXM::UserPreset) && names.contains(name) &&
+           saveTargetAsPreset(name, OXM::UserPreset) && setCurrentPreset(name);
+}
+
+QWidget* OXWPresetHandler::createSaveDialogExtension()
+{
+    return nullptr;
+}
+
+QString OXWPresetHandler::getCurrentPreset() const
+{
+    const QString name = QString::fromUtf8(mPreset.getValue());
+    return name == QLatin1String(UnknownPreset) ? QString() : name;
+}
+
+bool OXWPresetHandler::setCurrentPreset(const QString& name)
+{
+    const OXMNoUndoScope bookkeeping;
+    const QByteArray value = name.isEmpty() ? QByteArray(UnknownPreset) : name.toUtf8();
+    const bool ok = mPreset.setValue(value.constData());
+    return mPresetModified.setValue(OXM::False) && ok;
+}
+
+bool OXWPresetHandler::isCurrentPresetModified() const
+{
+    return mPresetModified.getValue() == OXM::True;
+}
+
+bool OXWPresetHandler::setCurrentPresetModified(bool modified)
+{
+    const OXMNoUndoScope bookkeeping;
+    return mPresetModified.setValue(modified ? OXM::True : OXM::False);
 }

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <OXMObjectSerializer.h>
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QHash>
+#include <QString>
+
+#include <vector>
+
+class OXMObject;
+
+// The user presets of one preset handler, one file per preset in a folder of the user's data
+// (by default <AppDataLocation>/presets/<handler name>).
+//
+// A preset file is an object document of OXMObjectSerializer whose header says what it is:
+//   "kind": "preset", "handler": "oxwclassificationtool::PresetClassificationHandler",
+//   "name": "Bone"
+// and whose root is the preset's record. The name is the one inside the file; the file name
+// is only derived from it (characters other than letters, digits, space, '-' and '_' become
+// '_', at most 64 of them, "-2", "-3", ... when taken) and carries the suffix ".oxwpreset".
+// Files are written atomically (QSaveFile): a crash or a full disk leaves the previous file
+// intact.
+//
+// Unusable files (not readable, broken or truncated JSON, a newer format version, no preset of
+// this handler, a second file of a name already listed, larger than MaxFileSize) are left out
+// of the list; each is reported once, as one line naming the file and the reason in the host's
+// error channel (OXMError::emitError with OXM::InvalidValue). The listing remembers what it read
+// of each file (by its time and size), so listing again reads only files that changed.
+//
+// Every operation answers true or false; the reason of a failure, a sentence for the user,
+// is in error.
+class OXWPresetStore
+{
+public:
+    static constexpr const char* Suffix = ".oxwpreset";
+    static constexpr const char* Kind = "preset";
+    static constexpr int MaxNameLength = 200;
+    static constexpr qint64 MaxFileSize = 64 * 1024 * 1024;
+
+    // handlerKey: the handler's identifier as "Namespace::Name"; the default folder is named
+    // after its name part.
+    explicit OXWPresetStore(const QString& handlerKey);
+
+    QString directory() const { return mDirectory; }
+    void setDirectory(const QString& directory);
+
+    struct Entry
+    {
+        QString name;
+        QString fileName; // absolute
+    };
+    // The usable presets, sorted by name (case-insensitive, then exactly).
+    std::vector<Entry> list() const;
+    bool contains(const QString& name) const;
+
+    // The reason why a preset can't be saved under name (empty, too long, control
+    // characters); empty when it can.
+    static QString checkName(const QString& name);
+
+    bool load(const QString& name, OXMObjectSerializer::Document& document, QString& error) const;
+    // Stores record as the preset name (replacing the file of that name if there is one).
+    bool save(const QString& name, const OXMObject& record, QString& error);
+    bool remove(const QString& name, QString& error);
+    // Reads a preset file of any folder completely; its name is that in the file.
+    bool readFile(const QString& fileName, OXMObjectSerializer::Document& document, QString& name,
+                  QString& error) const;
+    // Copies a preset file that readFile accepts into the folder, replacing a preset of its
+    // name; name receives it.
+    bool importFile(const QString& fileName, QString& name, QString& error);
+    bool exportFile(const QString& name, const QString& fileName, QString& error) const;
+
+private:
+    struct Scan
+    {
+        QDateTime modified;
+        qint64 size = -1;
+        QString name;     // empty when unusable
+        QString error;    // why it is unusable
+        QString reported; // the reason last reported for it
+    };
+
+    // The scan of a file, read again only when it changed.
+    Scan& scan(const QString& fileName) const;
+    QString fileOf(const QString& name) const;
+    QString newFileName(const QString& name) const;
+    bool readBytes(const QString& fileName, QByteArray& bytes, QString& error) const;
+    // The header's name when the header is one of this store's presets.
+    bool checkHeader(const QJsonObject& header, QString& name, QString& error) const;
+    bool writeBytes(const QString& fileName, const QByteArray& bytes, QString& error) const;
+    // Creates the folder; false with the reason when it can't be written.
+    bool prepareDirectory(QString& error) const;
+
+    QString mHandlerKey;
+    QString mDirectory;
+    mutable QHash<QString, Scan> mScans;
+};
