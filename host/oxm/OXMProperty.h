@@ -14,6 +14,11 @@ class OXMPropertyValue;
 class OXMProperty : public OXMClass
 {
 public:
+    // Protected flag (getProtectedFlags) of the properties that presets hold: a classification
+    // preset's record carries it, and so do the properties of the host's objects that a preset
+    // writes; a preset handler treats a change of such a property as a change of its preset.
+    static constexpr unsigned PresetFlag = 0x20000000u;
+
     OXMProperty() = default;
     // Copies flags, lock and kind; the copy belongs to no object.
     OXMProperty(const OXMProperty& other);

@@ -11,6 +11,8 @@ OXMOxm2RenderSettings::OXMOxm2RenderSettings()
     addSingle(OXMSceneNames::shadingCountLimit(), 0);
     addSingle(OXMSceneNames::surfaceInverted(), OXM::False);
     addSingle(OXM::GradientNormalization, OXM::False);
+    markPresetProperties({OXM::RenderingMode, OXM::SamplingDistance,
+                          OXMSceneNames::shadingCountLimit(), OXM::GradientNormalization});
 }
 
 OXMOxm2RenderSettings::OXMOxm2RenderSettings(const OXMOxm2RenderSettings& other)

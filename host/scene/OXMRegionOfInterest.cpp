@@ -38,6 +38,7 @@ OXMRegionOfInterest::OXMRegionOfInterest()
     addSingle(OXMSceneNames::surfaceInverted(), OXM::False);
     addSingle(OXMSceneNames::maskVersion(), 0);
     addSingle(OXMSceneNames::voxelCount(), 0);
+    markPresetProperties({OXM::GradientNormalization, OXMSceneNames::shadingCountLimit()});
     addAction(new OXMAction(OXM::Init, [](OXMObject& self, void*, OXMTaskInfo&) {
         return static_cast<OXMRegionOfInterest&>(self).initDefaults() ? OXM::NoError
                                                                       : OXM::GenericError;

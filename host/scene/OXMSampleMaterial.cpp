@@ -28,7 +28,9 @@ OXMSampleMaterial::OXMSampleMaterial()
     for (OXMenum id : channelIDs()) {
         addLink(id, true);
         setLinkedObject(id, new OXMSampleTransferSpec);
+        markPresetProperties({id});
     }
+    markPresetProperties({OXM::IntervalIndexList, OXM::IntervalModeList, OXM::IntervalNameList});
 }
 
 OXMSampleMaterial::OXMSampleMaterial(const OXMSampleMaterial& other) : OXMSampleMaterial()

@@ -16,7 +16,8 @@ class OXMSampleTransferSpec;
 // OXM::IntervalNameList (string array), OXM::IsosurfaceValueList (float array),
 // OXM::VisibleOpacityIndexRange and OXM::VisibleOpacityValueRange (pairs of floats), and the
 // channel links OXM::Opacity, OXM::Gradient, OXM::Transparency, OXM::Shininess and the red,
-// green, blue and intensity links of ambient, diffuse, specular and emission.
+// green, blue and intensity links of ambient, diffuse, specular and emission. The interval
+// lists and the channel links are what a classification preset holds (OXMProperty::PresetFlag).
 class OXMSampleMaterial : public OXMSceneObject
 {
     OXM_SCENE_CLASS(OXMSampleMaterial)

@@ -11,6 +11,8 @@ OXMSampleTransferSpec::OXMSampleTransferSpec()
     addSingle(OXM::Scale, 1.0f);
     addSingle(OXM::Bias, 0.0f);
     addSingle(OXM::InputChannel, OXM::Gray);
+    markPresetProperties({OXM::MapMode, OXM::Reference, OXM::LookupTableHandleList,
+                          OXM::LookupTableHandleMode, OXM::Scale, OXM::Bias});
 }
 
 OXMSampleTransferSpec::OXMSampleTransferSpec(const OXMSampleTransferSpec& other)

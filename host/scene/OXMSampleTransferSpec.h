@@ -10,7 +10,8 @@
 // OXM::Reference or OXM::Constant), OXM::Reference (link to the channel used in reference
 // mode), OXM::LookupTableHandleList (array of OXMVector2<float>: x in grey-value index units,
 // y 0..1), OXM::LookupTableHandleMode (enum, OXM::Linear), OXM::Scale (float),
-// OXM::Bias (float), OXM::InputChannel (enum, OXM::Gray for scalar data).
+// OXM::Bias (float), OXM::InputChannel (enum, OXM::Gray for scalar data). All but the input
+// channel are what a classification preset holds (OXMProperty::PresetFlag).
 class OXMSampleTransferSpec : public OXMSceneObject
 {
     OXM_SCENE_CLASS(OXMSampleTransferSpec)

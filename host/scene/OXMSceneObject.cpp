@@ -82,6 +82,14 @@ OXMValueArrayOP<OXMObjectLink>* OXMSceneObject::addLinkArray(OXMenum id, bool pa
     return addProperty(id, p, true) ? p : nullptr;
 }
 
+void OXMSceneObject::markPresetProperties(std::initializer_list<OXMenum> ids)
+{
+    for (OXMenum id : ids) {
+        if (OXMProperty* p = getProperty(id))
+            p->setProtectedFlags(OXMProperty::PresetFlag, 0);
+    }
+}
+
 void OXMSceneObject::copyValuesFrom(const OXMObject& other)
 {
     OXMObject::operator=(other);

@@ -48,4 +48,6 @@ protected:
 
     // Copies flags, scope and the values of every property that both objects have.
     void copyValuesFrom(const OXMObject& other);
+    // Gives the properties OXMProperty::PresetFlag: a preset holds them.
+    void markPresetProperties(std::initializer_list<OXMenum> ids);
 };

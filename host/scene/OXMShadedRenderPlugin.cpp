@@ -8,6 +8,7 @@ OXMShadedRenderPlugin::OXMShadedRenderPlugin()
 {
     addSingle(OXMSceneNames::shadingModel(), OXM::Phong);
     addSingle(OXM::SamplingDistance, 1.0f);
+    markPresetProperties({OXMSceneNames::shadingModel(), OXM::SamplingDistance});
 }
 
 OXMShadedRenderPlugin::OXMShadedRenderPlugin(const OXMShadedRenderPlugin& other)

@@ -31,6 +31,8 @@ OXMVolumeRenderObject::OXMVolumeRenderObject()
     addSingle(OXMSceneNames::shadingCountLimit(), 0);
     addSingle(OXMSceneNames::surfaceInverted(), OXM::False);
     addSingle(OXM::BoundingBox, Box());
+    markPresetProperties(
+        {OXM::RenderPlugin, OXM::GradientNormalization, OXMSceneNames::shadingCountLimit()});
     addAction(new OXMAction(OXM::Init, [](OXMObject& self, void*, OXMTaskInfo&) {
         return static_cast<OXMVolumeRenderObject&>(self).initDefaults() ? OXM::NoError
                                                                         : OXM::GenericError;
