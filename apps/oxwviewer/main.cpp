@@ -11,6 +11,7 @@
 #include "OXWVolumeView.h"
 
 #include <OXWClassificationToolGUI.h>
+#include <OXWPresetClassificationHandler.h>
 
 #include <OXMError.h>
 #include <OXMScene.h>
@@ -182,7 +183,10 @@ int main(int argc, char** argv)
     opener->setInteractive(options.screenshot.isEmpty());
     addFileActions(window.get(), opener);
 
-    // The classification tool, docked beside the views (the plug-in will dock it itself).
+    // The classification presets and the classification tool, docked beside the views.
+    // Temporary: the plug-in's start-up will make both itself (the handler first: the panel
+    // tells it what is selected).
+    auto presetHandler = std::make_unique<OXWPresetClassificationHandler>(nullptr);
     window->createTool(new OXWClassificationToolGUI(nullptr, "OXWClassificationToolGUI"),
                        OXWDockWindow::Vertical);
     addLockAction(window.get(), sample.scene);
@@ -199,6 +203,7 @@ int main(int argc, char** argv)
 
     loader.terminateAll(); // before the window goes
     window.reset();
+    presetHandler.reset(); // after the panel, which lets go of it when it goes
     OXMError::removeHandler(stderrHandler);
     return exitCode != 0 ? exitCode : runResult;
 }

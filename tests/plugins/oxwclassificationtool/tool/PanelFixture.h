@@ -2,21 +2,23 @@
 
 // The classification tool panel in the viewer's setting, for its integration tests: the
 // application (selection lists, undo stack), the viewer's sample scene with a small volume of
-// our own added to it, and the panel built the way the plug-in builds it, bound to that volume
-// through the application's selection.
+// our own added to it, the classification preset handler (its user presets in a folder of the
+// test's own) and the panel built the way the plug-in builds it, bound to that volume through
+// the application's selection.
 //
 // The test volume holds the grey values 10 .. 25, two voxels each, so its histogram has 16
 // bins and the panel's model 16 cells of width 1/16; its material carries the host's default
 // classification (one interval "Interval 1", an opacity ramp, white colours).
 //
 // Teardown: the panel goes first (it listens to the host objects and holds them), then the
-// application, which takes the scene and every volume with it.
+// preset handler, then the application, which takes the scene and every volume with it.
 
 #include <OXWClassificationToolGUI.h>
 #include <OXWLUTColorBar.h>
 #include <OXWLUTIntervalInfo.h>
 #include <OXWLUTObjectInfo.h>
 #include <OXWLUTWorkArea.h>
+#include <OXWPresetClassificationHandler.h>
 
 #include <OXMHistogram.h>
 #include <OXMHistogramResult.h>
@@ -199,6 +201,8 @@ protected:
         // The file dialogs remember their directories in the user's settings: keep them here.
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
         OXWFileDialog::clearTestAnswers();
+        presets = std::make_unique<OXWPresetClassificationHandler>(nullptr);
+        presets->store().setDirectory(files.filePath(QStringLiteral("presets")));
         if (!mSceneBeforePanel) {
             createPanel();
         }
@@ -216,6 +220,7 @@ protected:
     void TearDown() override
     {
         panel.reset();
+        presets.reset();
         OXWFileDialog::clearTestAnswers();
     }
 
@@ -357,6 +362,7 @@ protected:
     OXWApplication app;
     OXWSampleScene::Result sample;
     OXMVolumeRenderObject* volume = nullptr;
+    std::unique_ptr<OXWPresetClassificationHandler> presets;
     std::unique_ptr<OXWClassificationToolGUI> panel;
     // False: the panel is built before the scene exists and nothing is selected.
     bool mSceneBeforePanel = true;
