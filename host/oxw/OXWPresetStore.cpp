@@ -165,7 +165,7 @@ bool OXWPresetStore::readBytes(const QString& fileName, QByteArray& bytes, QStri
         error = tr("the file can't be read (%1)").arg(file.errorString());
         return false;
     }
-    bytes = file.read(MaxFileSize + 1);
+    bytes = file.read(info.size() + 1); // one more: a file that grew meanwhile is seen
     if (bytes.size() > MaxFileSize) {
         error = tr("the file is larger than %1 MiB").arg(MaxFileSize / (1024 * 1024));
         return false;
