@@ -2,8 +2,9 @@
 
 // Answers the modal dialogs that the code under test opens, one answer each time a dialog
 // becomes the active one, in order (a dialog opened from inside another one included, and the
-// outer one again when it stays open after that). An answer is a function of the dialog. A dialog for which
-// no answer is left is rejected and counted in unexpected. Message boxes' texts are recorded.
+// outer one again when it stays open after that). An answer is a function of the dialog. A dialog
+// for which no answer is left is rejected and counted in unexpected. Message boxes' texts are
+// recorded.
 
 #include <QAbstractButton>
 #include <QApplication>
@@ -31,10 +32,7 @@ public:
     // Clicks a button of a message box.
     static Answer button(QMessageBox::StandardButton which)
     {
-        return [which](QWidget* w) {
-            if (auto* box = qobject_cast<QMessageBox*>(w))
-                box->button(which)->click();
-        };
+        return [which](QWidget* w) { qobject_cast<QMessageBox*>(w)->button(which)->click(); };
     }
     // Types the text into the dialog's line edit named edit and accepts the dialog.
     static Answer type(const QString& text, const char* edit = "mNameEdit")

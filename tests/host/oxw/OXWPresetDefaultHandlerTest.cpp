@@ -1,6 +1,7 @@
-// User presets as files: saved, listed, loaded, removed, imported and exported; names the user
-// may or may not give; a read-only folder; files that are no usable preset are skipped with one
-// line each in the error channel; a failed save leaves the previous file as it was.
+// User presets as files: saved, listed, loaded and removed; names the user may or may not
+// give; a read-only folder; files that are no usable preset are skipped with one line each in
+// the error channel; a failed save leaves the previous file as it was. (Import and export:
+// OXWPresetComboBoxTest.)
 
 #include "OXWPresetTestHandler.h"
 
@@ -185,23 +186,4 @@ TEST_F(PresetStorage, AFailedSaveLeavesThePreviousFileAsItWas)
     EXPECT_TRUE(handler.lastError().contains("can't be stored"));
     EXPECT_EQ(contents(fileName), before);
     EXPECT_EQ(QDir(handler.store().directory()).entryList(QDir::Files).size(), 1);
-}
-
-TEST_F(PresetStorage, ExportedFilesImportAgainAndBadOnesAreRefused)
-{
-    ASSERT_TRUE(save("bone", 0.25f));
-    const QString exported = folder.filePath("shared/bone for Anna.oxwpreset");
-    QDir().mkpath(folder.filePath("shared"));
-    ASSERT_TRUE(handler.exportPreset("bone", exported));
-    ASSERT_TRUE(handler.deletePreset("bone", OXM::UserPreset));
-    QString name;
-    ASSERT_TRUE(handler.importPreset(exported, name));
-    EXPECT_EQ(name, QStringLiteral("bone"));
-    EXPECT_EQ(loadedScale("bone"), 0.25f);
-
-    write(exported, "{}");
-    EXPECT_FALSE(handler.importPreset(exported, name));
-    EXPECT_TRUE(handler.lastError().contains("no usable preset file: not a document"));
-    EXPECT_FALSE(handler.exportPreset("missing", exported));
-    EXPECT_EQ(userPresets(), QStringList{"bone"});
 }
