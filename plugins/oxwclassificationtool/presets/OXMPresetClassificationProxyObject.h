@@ -27,8 +27,8 @@
 //   OXM::SamplingDistance     float, 1.0
 //   OXM::GradientNormalization  enum, OXM::Disabled
 //   "ShadingCountLimit"       int, 0
-// The emission channels are not part of a preset. Every property carries the host's
-// OXMProperty::PresetFlag.
+// The emission channels are not part of a preset. Every property but "IntervalFloatIndexList"
+// carries the host's OXMProperty::PresetFlag (its flags are 0x80000010).
 //
 // A channel property that is reset makes a new transfer channel object; a record that can't
 // make one keeps that channel without a link. Copies (copy construction, assignment, the

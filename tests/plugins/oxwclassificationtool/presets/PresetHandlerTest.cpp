@@ -1,0 +1,289 @@
+// The classification preset handler with the tool panel on the viewer's objects: the built-in
+// presets on both phantoms, re-read by the panel and drawn by the views; a saved preset applied
+// by another handler reproduces the material exactly; the "Absolute Preset" box; the modified
+// mark; an apply is one undo step; presets that can't be applied leave the target as it was.
+
+#include "../tool/PanelFixture.h"
+
+#include <OXWClassificationLookup.h>
+#include <OXWPresetComboBox.h>
+
+#include <OXMHistogram.h>
+#include <OXMObjectRefPtr.h>
+#include <OXMPropertyValue.h>
+#include <OXMRegisteredEnum.h>
+
+#include <QCheckBox>
+#include <QFile>
+
+#include <memory>
+#include <tuple>
+
+using namespace paneltest;
+
+namespace {
+
+const OXMenum ShadingModel = OXMRegisteredEnum("ShadingModel", false, "oxwclassificationtool");
+const OXMenum ShadingCount = OXMRegisteredEnum("ShadingCountLimit", false, "oxwclassificationtool");
+
+// Everything a preset holds of a volume: interval lists (the borders when asked for), the 16
+// channels' preset properties, the render plug-in's class and settings, the volume's render
+// settings.
+class Snapshot
+{
+public:
+    explicit Snapshot(OXMVolumeRenderObject* volume, bool withBorders = true)
+    {
+        OXMObject* material = volume->getMaterial();
+        for (OXMenum id : {OXM::IntervalModeList, OXM::IntervalNameList})
+            take(material, id);
+        if (withBorders)
+            take(material, OXM::IntervalIndexList);
+        for (OXMenum channel : OXWPresetClassificationHandler::channelTable()) {
+            for (OXMenum id : {OXM::MapMode, OXM::Reference, OXM::LookupTableHandleList,
+                               OXM::LookupTableHandleMode, OXM::Scale, OXM::Bias})
+                take(material->getLinkedObject(channel), id);
+        }
+        OXMObject* plugin = volume->getRenderPlugin();
+        pluginClass = plugin->getMetaClass()->getClassName();
+        for (OXMenum id : {ShadingModel, OXMenum(OXM::SamplingDistance)})
+            take(plugin, id);
+        for (OXMenum id : {OXMenum(OXM::GradientNormalization), ShadingCount})
+            take(volume, id);
+    }
+    bool operator==(const Snapshot& o) const
+    {
+        if (pluginClass != o.pluginClass || values.size() != o.values.size())
+            return false;
+        for (std::size_t i = 0; i < values.size(); ++i) {
+            if (!values[i]->equals(*o.values[i]))
+                return false;
+        }
+        return true;
+    }
+    std::string pluginClass;
+
+private:
+    void take(const OXMObject* object, OXMenum id)
+    {
+        values.push_back(object->getProperty(id)->saveValue());
+    }
+    std::vector<std::unique_ptr<OXMPropertyValue>> values;
+};
+
+std::pair<int, int> binRange(OXMVolumeRenderObject* volume)
+{
+    int first = 0, last = -1;
+    OXMObject* result = volume->getHistogram()->getLinkedObject(OXM::Result);
+    OXMValueArrayPropertyIF<float>::getInterface(result->getProperty(OXM::Histogram))
+        ->getArrayIndexRange(first, last);
+    return {first, last};
+}
+
+class PresetHandler : public PanelFixture
+{
+protected:
+    OXWPresetComboBox* box() const { return widget<OXWPresetComboBox>("oXWPresetComboBox1"); }
+    // Picks a preset in the panel's box and waits for the panel's re-read.
+    void pick(const QString& name, OXMenum type)
+    {
+        box()->refresh();
+        ASSERT_TRUE(box()->applyPreset(name, type)) << name.toStdString();
+        ASSERT_TRUE(settle());
+    }
+    void selectAndSettle(OXMVolumeRenderObject* v)
+    {
+        const int reads = panel->objectInfoReadCount();
+        select({v});
+        ASSERT_TRUE(waitForReread(reads));
+        ASSERT_TRUE(settle());
+    }
+    // A distinctive classification and rendering of the test volume.
+    void shapeVolume()
+    {
+        OXMSampleMaterial* m = material();
+        ASSERT_TRUE(setArray(m, OXM::IntervalIndexList, std::vector<int>{9, 14, 20, 25}));
+        ASSERT_TRUE(setArray(m, OXM::IntervalModeList,
+                             std::vector<OXMenum>{OXM::Enabled, OXM::Disabled, OXM::Enabled}));
+        ASSERT_TRUE(
+            setArray(m, OXM::IntervalNameList, std::vector<const char*>{"Air", "Soft", "Bone"}));
+        ASSERT_TRUE(channel(OXM::Opacity)->setCurve({{10, 0}, {12.5f, 0.3f}, {21, 0.9f}, {25, 1}}));
+        ASSERT_TRUE(channel(OXM::AmbientGreen)->setCurve({{10, 0.1f}, {25, 0.7f}}));
+        ASSERT_TRUE(channel(OXM::DiffuseRed)->setReference(channel(OXM::AmbientRed)));
+        ASSERT_TRUE(channel(OXM::SpecularIntensity)->setConstant(0.33f));
+        OXMObject* plugin = volume->getRenderPlugin();
+        ASSERT_TRUE(plugin->setValue(
+            ShadingModel, OXMenum(OXMRegisteredEnum("ScatterHQ", false, "oxwclassificationtool"))));
+        ASSERT_TRUE(plugin->setValue(OXM::SamplingDistance, 0.25f));
+        ASSERT_TRUE(volume->setValue(OXM::GradientNormalization, OXM::True));
+        ASSERT_TRUE(volume->setValue(ShadingCount, 3));
+    }
+};
+
+} // namespace
+
+class BuiltInPreset : public PresetHandler,
+                      public ::testing::WithParamInterface<std::tuple<int, int>>
+{
+};
+
+TEST_P(BuiltInPreset, OnBothPhantomsIsReReadByThePanelAndDrawnByTheViews)
+{
+    const int preset = std::get<1>(GetParam());
+    OXMVolumeRenderObject* phantom =
+        std::get<0>(GetParam()) == 8 ? sample.volume8 : sample.volume16;
+    selectAndSettle(phantom);
+    const QString name = OXWPresetClassificationHandler::defaultPresetNames()[preset];
+    const int steps = app.undoStack()->count();
+    pick(name, OXM::DefaultPreset);
+    EXPECT_EQ(app.undoStack()->count(), steps + 1);
+    EXPECT_EQ(box()->currentText(), name);
+
+    const auto [r0, r1] = binRange(phantom);
+    const bool components = preset == 2;
+    std::vector<int> borders;
+    phantom->getMaterial()->getArray(OXM::IntervalIndexList, borders);
+    EXPECT_EQ(borders, (components ? std::vector<int>{r0, r0, r1} : std::vector<int>{r0, r1}));
+    ASSERT_EQ(model()->intervalCount(), components ? 2 : 1);
+    EXPECT_EQ(model()->interval(0)->isEnabled(), !components) << "the background is off";
+    EXPECT_TRUE(model()->interval(model()->intervalCount() - 1)->isEnabled())
+        << "what a built-in preset shows is enabled in the editor";
+    EXPECT_EQ(std::string(phantom->getRenderPlugin()->getMetaClass()->getClassName()),
+              preset == 3 ? "OXMRaytracing::Isosurface::RenderPlugin"
+                          : "OXMRaytracing::Volume::RenderPlugin");
+
+    OXWClassificationLookup view;
+    ASSERT_EQ(view.build(phantom), OXWClassificationLookup::Status::Ok);
+    const int top = qAlpha(view.entryForBin(r1));
+    const int low = qAlpha(view.entryForBin(r0 + 1));
+    EXPECT_EQ(preset == 1 ? low > top : (preset == 2 ? low == top : low < top), true)
+        << "a ramp up, down for the inverse, a step for the components";
+    EXPECT_EQ(qAlpha(view.entryForBin(r0)), 0) << "bin r0 lies below the first interval";
+}
+
+INSTANTIATE_TEST_SUITE_P(Phantoms, BuiltInPreset,
+                         ::testing::Combine(::testing::Values(8, 16),
+                                            ::testing::Values(0, 1, 2, 3)));
+
+TEST_F(PresetHandler, ComponentsOnTheByteRangePutsTheColourHandlesAtTheQuarters)
+{
+    OXMVolumeRenderObject* bytes = addVolume("Bytes", greyRamp(0, 255, 1));
+    ASSERT_NE(bytes, nullptr);
+    selectAndSettle(bytes);
+    QStringList builtIn;
+    ASSERT_TRUE(presets->getPresetList(builtIn, OXM::DefaultPreset));
+    EXPECT_EQ(builtIn,
+              (QStringList{"Ramp", "Inverse Ramp", "Components", "Isosurface Transparent"}));
+    pick("Components", OXM::DefaultPreset);
+    OXMSampleMaterial* m = bytes->getMaterial();
+    for (OXMenum id : {OXM::AmbientRed, OXM::AmbientGreen, OXM::AmbientBlue}) {
+        std::vector<float> xs;
+        for (const Handle& h : handleList(m->getChannel(id)))
+            xs.push_back(h.x);
+        EXPECT_EQ(xs, (std::vector<float>{0, 1, 64.5f, 128, 191.5f, 255}));
+    }
+    EXPECT_EQ(handleList(m->getChannel(OXM::Opacity)), (HandleList{{0, 0}, {1, 1}, {255, 1}}));
+    EXPECT_EQ(intervalNames(m), (std::vector<QByteArray>{"Background", "Components"}));
+    float sampling = 0.0f;
+    EXPECT_TRUE(bytes->getRenderPlugin()->getValue(OXM::SamplingDistance, sampling) &&
+                sampling == 0.5f);
+}
+
+TEST_F(PresetHandler, ASavedPresetAppliedByAnotherHandlerReproducesTheMaterialExactly)
+{
+    shapeVolume();
+    const Snapshot saved(volume, false);
+    presets->setAbsolutePreset(true);
+    ASSERT_TRUE(presets->saveTargetAsPreset("Mine", OXM::UserPreset));
+
+    // The viewer quits and starts again: another handler over the same folder.
+    presets = std::make_unique<OXWPresetClassificationHandler>(nullptr);
+    presets->store().setDirectory(files.filePath(QStringLiteral("presets")));
+    select({});
+    selectAndSettle(volume);
+    pick("Isosurface Transparent", OXM::DefaultPreset);
+    ASSERT_FALSE(Snapshot(volume, false) == saved);
+    pick("Mine", OXM::UserPreset);
+    EXPECT_TRUE(Snapshot(volume, false) == saved);
+    // The inner borders stay; the first one, below the first bin, is cut onto it.
+    EXPECT_EQ(array<int>(material(), OXM::IntervalIndexList), (std::vector<int>{10, 14, 20, 25}));
+    EXPECT_EQ(channel(OXM::DiffuseRed)->getLinkedObject(OXM::Reference), channel(OXM::AmbientRed))
+        << "the reference is to the material's own channel";
+    EXPECT_TRUE(presets->isAbsolutePreset());
+
+    // Relative onto the range it was saved from: the same.
+    presets->setAbsolutePreset(false);
+    const Snapshot relative(volume);
+    ASSERT_TRUE(presets->saveTargetAsPreset("Mine relative", OXM::UserPreset));
+    pick("Ramp", OXM::DefaultPreset);
+    pick("Mine relative", OXM::UserPreset);
+    EXPECT_TRUE(Snapshot(volume) == relative);
+}
+
+TEST_F(PresetHandler, TheAbsolutePresetBoxMirrorsTheHandlersFlag)
+{
+    const auto shown = [this] {
+        const std::unique_ptr<QWidget> box(presets->createSaveDialogExtension());
+        return qobject_cast<QCheckBox*>(box.get())->isChecked();
+    };
+    const std::unique_ptr<QWidget> box(presets->createSaveDialogExtension());
+    auto* check = qobject_cast<QCheckBox*>(box.get());
+    ASSERT_EQ(check->text(), QStringLiteral("Absolute Preset"));
+    EXPECT_FALSE(shown());
+    check->click();
+    EXPECT_TRUE(presets->isAbsolutePreset() && shown());
+    check->click();
+    check->click();
+    EXPECT_TRUE(presets->isAbsolutePreset()) << "two clicks leave it as it was";
+    ASSERT_TRUE(presets->saveTargetAsPreset("Absolute", OXM::UserPreset));
+    presets->setAbsolutePreset(false);
+    ASSERT_TRUE(presets->saveTargetAsPreset("Relative", OXM::UserPreset));
+    pick("Absolute", OXM::UserPreset);
+    EXPECT_TRUE(shown()) << "applying sets the flag to the preset's mode";
+    pick("Relative", OXM::UserPreset);
+    EXPECT_FALSE(shown());
+}
+
+TEST_F(PresetHandler, AnEditAfterApplyingMarksThePresetModifiedAndUndoTakesTheApplyBackInOneStep)
+{
+    ASSERT_TRUE(settle());
+    const Snapshot before(volume);
+    pick("Inverse Ramp", OXM::DefaultPreset);
+    EXPECT_FALSE(presets->isCurrentPresetModified());
+    EXPECT_EQ(box()->currentText(), QStringLiteral("Inverse Ramp"));
+
+    ASSERT_TRUE(model()->interval(0)->setReferenceHandles(Opacity, {{0, 0.1f}, {1, 0.2f}}));
+    emit workArea()->objectOpacityChanged();
+    EXPECT_TRUE(presets->isCurrentPresetModified());
+    EXPECT_EQ(box()->currentText(), QStringLiteral("Inverse Ramp (modified)"));
+
+    ASSERT_TRUE(app.undoStack()->undo()); // the edit
+    ASSERT_TRUE(app.undoStack()->undo()); // the apply, whole
+    EXPECT_TRUE(Snapshot(volume) == before);
+    EXPECT_EQ(app.undoStack()->count(), 0);
+}
+
+TEST_F(PresetHandler, PresetsThatCantBeAppliedLeaveTheTargetOrKeepItsRenderPlugIn)
+{
+    ASSERT_TRUE(settle());
+    OXMObjectRefPtr record("OXMPresetClassificationProxyObject");
+    record->setArray(OXM::IntervalIndexList, std::vector<int>{5, 9, 5});
+    ASSERT_TRUE(presets->savePreset(record.get(), "Flat", OXM::UserPreset));
+    const Snapshot before(volume);
+    EXPECT_FALSE(presets->applyPresetToTarget("Flat", OXM::UserPreset));
+    EXPECT_TRUE(Snapshot(volume) == before) << "first and last border equal: nothing written";
+
+    shapeVolume();
+    ASSERT_TRUE(presets->saveTargetAsPreset("Odd renderer", OXM::UserPreset));
+    QFile file(presets->store().directory() + "/Odd renderer.oxwpreset");
+    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
+    const QByteArray odd = file.readAll().replace("OXMRaytracing::Volume::RenderPlugin", "NoSuch");
+    file.resize(0);
+    file.write(odd);
+    file.close();
+    OXMObject* plugin = volume->getRenderPlugin();
+    ASSERT_TRUE(setArray(material(), OXM::IntervalIndexList, std::vector<int>{9, 25}));
+    EXPECT_FALSE(presets->applyPresetToTarget("Odd renderer", OXM::UserPreset));
+    EXPECT_EQ(volume->getRenderPlugin(), plugin);
+    EXPECT_EQ(array<int>(material(), OXM::IntervalIndexList), (std::vector<int>{10, 15, 20, 25}));
+}
