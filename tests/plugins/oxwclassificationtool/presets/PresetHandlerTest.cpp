@@ -5,7 +5,7 @@
 
 #include "../tool/PanelFixture.h"
 
-#include <OXWClassificationLookup.h>
+#include <OXWClassificationTable.h>
 #include <OXWPresetComboBox.h>
 
 #include <OXMHistogram.h>
@@ -152,8 +152,8 @@ TEST_P(BuiltInPreset, OnBothPhantomsIsReReadByThePanelAndDrawnByTheViews)
               preset == 3 ? "OXMRaytracing::Isosurface::RenderPlugin"
                           : "OXMRaytracing::Volume::RenderPlugin");
 
-    OXWClassificationLookup view;
-    ASSERT_EQ(view.build(phantom), OXWClassificationLookup::Status::Ok);
+    OXWClassificationTable view;
+    ASSERT_EQ(view.build(phantom), OXWClassificationTable::Status::Ok);
     const int top = qAlpha(view.entryForBin(r1));
     const int low = qAlpha(view.entryForBin(r0 + 1));
     EXPECT_EQ(preset == 1 ? low > top : (preset == 2 ? low == top : low < top), true)
