@@ -61,81 +61,120 @@ bool findRange(const OXMHistogramCalculator::Input& in, OXMTaskInfo* task, float
     return lo <= hi;
 }
 
+// The per-worker tables of a small integer type: Lanes interleaved 32-bit sub-tables, entry
+// (value + offset) * Lanes + lane. Voxel i counts in lane i % Lanes, so a run of equal values
+// increments Lanes different counters in turn instead of waiting for its own last increment.
+// Buffers of 2^31 voxels or more also get a 64-bit table, into which the lanes are emptied
+// before they could overflow.
+template <typename T>
+struct LaneTables
+{
+    static constexpr int Lanes = 4;
+    static constexpr int Offset =
+        std::numeric_limits<T>::min() < 0 ? -int(std::numeric_limits<T>::min()) : 0;
+    static constexpr std::size_t Size = std::size_t(1) << (8 * sizeof(T));
+    static constexpr long long FlushAfter = 1LL << 31;
+
+    std::vector<std::uint32_t> lanes;
+    std::vector<std::uint64_t> total;
+    long long pending = 0;
+
+    static std::size_t entry(T v) { return std::size_t(int(v) + Offset) * Lanes; }
+
+    std::uint64_t drain(std::size_t k)
+    {
+        std::uint64_t sum = 0;
+        for (int l = 0; l < Lanes; ++l) {
+            sum += lanes[k * Lanes + std::size_t(l)];
+            lanes[k * Lanes + std::size_t(l)] = 0;
+        }
+        return sum;
+    }
+
+    // Makes room for `count` more voxels.
+    void reserve(long long count)
+    {
+        if (pending + count > FlushAfter) {
+            for (std::size_t k = 0; k < Size; ++k)
+                total[k] += drain(k);
+            pending = 0;
+        }
+        pending += count;
+    }
+
+    // Adds weight(i) for every voxel i of [b, e) whose value is at(i).
+    template <typename At, typename Weight>
+    void add(long long b, long long e, At at, Weight weight)
+    {
+        std::uint32_t* t = lanes.data();
+        long long i = b;
+        static_assert(Lanes == 4, "the loop is written out for four lanes");
+        for (; i + Lanes <= e; i += Lanes) {
+            t[entry(at(i))] += weight(i);
+            t[entry(at(i + 1)) + 1] += weight(i + 1);
+            t[entry(at(i + 2)) + 2] += weight(i + 2);
+            t[entry(at(i + 3)) + 3] += weight(i + 3);
+        }
+        for (; i < e; ++i)
+            t[entry(at(i))] += weight(i);
+    }
+};
+
+// Counts [b, e) into the tables, every voxel or only those in the mask.
+template <typename T, typename At>
+void countWith(LaneTables<T>& tables, long long b, long long e, At at, const std::uint8_t* mask)
+{
+    if (mask)
+        tables.add(b, e, at, [mask](long long i) { return std::uint32_t(mask[i] != 0); });
+    else
+        tables.add(b, e, at, [](long long) { return 1u; });
+}
+
+// Counts [b, e) into the tables, with a loop of its own for data of one component per voxel.
+template <typename T>
+void countChunk(const OXMHistogramCalculator::Input& in, long long b, long long e,
+                LaneTables<T>& tables)
+{
+    tables.reserve(e - b);
+    const T* data = static_cast<const T*>(in.data);
+    if (in.componentsPerVoxel == 1) {
+        countWith(
+            tables, b, e, [data](long long i) { return data[i]; }, in.mask);
+        return;
+    }
+    const Sampler<T> s{data, in.componentsPerVoxel, in.component};
+    countWith(
+        tables, b, e, [s](long long i) { return s.at(i); }, in.mask);
+}
+
 // Integer data of a small type: one table over the type's whole range, then trimmed.
 template <typename T>
 OXMenum countSmall(const OXMHistogramCalculator::Input& in, OXMHistogramCalculator::Output& out,
                    OXMTaskInfo* task)
 {
-    constexpr int Offset =
-        std::numeric_limits<T>::min() < 0 ? -int(std::numeric_limits<T>::min()) : 0;
-    constexpr std::size_t Size = std::size_t(1) << (8 * sizeof(T));
+    using Tables = LaneTables<T>;
+    constexpr std::size_t Size = Tables::Size;
     const int threads = std::max(1, in.threadCount);
-    // Per worker: two interleaved 32-bit tables (they break the dependency between equal
-    // neighbouring values) flushed into a 64-bit table before they could overflow.
-    struct Tables
-    {
-        std::vector<std::uint32_t> a, b;
-        std::vector<std::uint64_t> total;
-        long long pending = 0;
-        void flush()
-        {
-            for (std::size_t k = 0; k < a.size(); ++k) {
-                total[k] += std::uint64_t(a[k]) + b[k];
-                a[k] = b[k] = 0;
-            }
-            pending = 0;
-        }
-    };
     std::vector<Tables> tables(static_cast<std::size_t>(threads));
     try {
         for (Tables& t : tables) {
-            t.a.assign(Size, 0);
-            t.b.assign(Size, 0);
-            t.total.assign(Size, 0);
+            t.lanes.assign(Size * Tables::Lanes, 0);
+            if (in.voxelCount > Tables::FlushAfter)
+                t.total.assign(Size, 0);
         }
     } catch (const std::bad_alloc&) {
         return OXM::OutOfMemory;
     }
-    const T* data = static_cast<const T*>(in.data);
-    const int stride = in.componentsPerVoxel;
-    const int comp = in.component;
     const bool ok =
         runParallel(in.voxelCount, threads, task, 0.0f, 1.0f, [&](int w, long long b, long long e) {
-            Tables& t = tables[std::size_t(w)];
-            if (t.pending + (e - b) > (1LL << 31))
-                t.flush();
-            t.pending += e - b;
-            std::uint32_t* ta = t.a.data();
-            std::uint32_t* tb = t.b.data();
-            const std::uint8_t* m = in.mask;
-            long long i = b;
-            if (stride == 1 && !m) {
-                for (; i + 1 < e; i += 2) {
-                    ++ta[std::size_t(int(data[i]) + Offset)];
-                    ++tb[std::size_t(int(data[i + 1]) + Offset)];
-                }
-                for (; i < e; ++i)
-                    ++ta[std::size_t(int(data[i]) + Offset)];
-            } else if (stride == 1) {
-                for (; i + 1 < e; i += 2) {
-                    ta[std::size_t(int(data[i]) + Offset)] += (m[i] != 0);
-                    tb[std::size_t(int(data[i + 1]) + Offset)] += (m[i + 1] != 0);
-                }
-                for (; i < e; ++i)
-                    ta[std::size_t(int(data[i]) + Offset)] += (m[i] != 0);
-            } else {
-                for (; i < e; ++i)
-                    ta[std::size_t(int(data[i * stride + comp]) + Offset)] += m ? (m[i] != 0) : 1u;
-            }
+            countChunk(in, b, e, tables[std::size_t(w)]);
         });
-    for (Tables& t : tables)
-        t.flush();
     if (!ok)
         return OXM::Abort;
-    std::vector<std::uint64_t>& total = tables[0].total;
-    for (int w = 1; w < threads; ++w)
+    std::vector<std::uint64_t> total(Size, 0);
+    for (Tables& t : tables)
         for (std::size_t k = 0; k < Size; ++k)
-            total[k] += tables[std::size_t(w)].total[k];
+            total[k] += t.drain(k) + (t.total.empty() ? 0 : t.total[k]);
     std::size_t lo = 0, hi = Size;
     while (lo < Size && total[lo] == 0)
         ++lo;
@@ -146,7 +185,7 @@ OXMenum countSmall(const OXMHistogramCalculator::Input& in, OXMHistogramCalculat
         r.first = 0;
         r.counts.assign(1, 0.0f);
     } else {
-        r.first = int(lo) - Offset;
+        r.first = int(lo) - Tables::Offset;
         r.counts.resize(hi - lo);
         for (std::size_t k = lo; k < hi; ++k) {
             r.counts[k - lo] = float(total[k]);

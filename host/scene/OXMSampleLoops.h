@@ -5,7 +5,6 @@
 
 #include <algorithm>
 #include <atomic>
-#include <chrono>
 #include <cstdint>
 #include <thread>
 #include <vector>
@@ -17,26 +16,31 @@ namespace OXMSampleLoops {
 constexpr long long ChunkVoxels = 1 << 20;
 
 // Runs work(worker, begin, end) over [0, n) in chunks of ChunkVoxels: worker 0 on the calling
-// thread, the others on their own threads; the calling thread reports the progress from p0 to
-// p1 to the task. Every worker stops at its next chunk when the task is asked to abort. False
-// when aborted.
+// thread, the others on their own threads. Each worker takes the next chunk nobody has taken
+// yet, so a worker that gets less of the processor than the others (the machine is shared)
+// holds nobody up; which chunks a worker gets differs from run to run. The calling thread
+// reports the progress from p0 to p1 to the task after each of its chunks and once more at the
+// end. Every worker stops at its next chunk when the task is asked to abort. False when
+// aborted.
 template <typename Work>
 bool runParallel(long long n, int threads, OXMTaskInfo* task, float p0, float p1, Work&& work)
 {
-    threads = std::max(1, std::min<int>(threads, int((n + ChunkVoxels - 1) / ChunkVoxels)));
+    const long long chunks = (n + ChunkVoxels - 1) / ChunkVoxels;
+    threads = int(std::max(1LL, std::min<long long>(threads, chunks)));
+    std::atomic<long long> next{0};
     std::atomic<long long> done{0};
-    std::atomic<int> running{threads - 1};
     const auto report = [&] {
         if (task && n > 0)
             task->setProgress(p0 + (p1 - p0) * float(double(done.load()) / double(n)));
     };
-    auto range = [&](int worker) {
-        const long long begin = n * worker / threads;
-        const long long end = n * (worker + 1) / threads;
-        for (long long b = begin; b < end; b += ChunkVoxels) {
+    auto take = [&](int worker) {
+        for (;;) {
             if (task && task->isAbortRequested())
                 return;
-            const long long e = std::min(end, b + ChunkVoxels);
+            const long long b = next.fetch_add(1) * ChunkVoxels;
+            if (b >= n)
+                return;
+            const long long e = std::min(n, b + ChunkVoxels);
             work(worker, b, e);
             done.fetch_add(e - b, std::memory_order_relaxed);
             if (worker == 0)
@@ -45,17 +49,12 @@ bool runParallel(long long n, int threads, OXMTaskInfo* task, float p0, float p1
     };
     std::vector<std::thread> others;
     for (int w = 1; w < threads; ++w)
-        others.emplace_back([&, w] {
-            range(w);
-            running.fetch_sub(1);
-        });
-    range(0);
-    while (running.load() > 0) {
-        std::this_thread::sleep_for(std::chrono::milliseconds(2));
-        report();
-    }
+        others.emplace_back(take, w);
+    take(0);
+    // Once worker 0 finds no chunk left, the others finish at most the one they hold.
     for (std::thread& t : others)
         t.join();
+    report();
     return !(task && task->isAbortRequested());
 }
 
