@@ -224,3 +224,79 @@ bool OXWPainter::drawHistogram(const QRect& rectIn, const float* bins, int binCo
     restore();
     return true;
 }
+
+QPolygon OXWPainter::columnPolyline(const QPolygon& line)
+{
+    QPolygon merged;
+    merged.reserve(std::min(line.size(), 4 * 4096));
+    const int n = line.size();
+    for (int i = 0; i < n;) {
+        const int x = line[i].x();
+        int j = i + 1;
+        int low = i;  // smallest y
+        int high = i; // largest y
+        for (; j < n && line[j].x() == x; ++j) {
+            if (line[j].y() < line[low].y())
+                low = j;
+            if (line[j].y() > line[high].y())
+                high = j;
+        }
+        // The run's first, extreme and last points in the order they come.
+        int kept[4] = {i, std::min(low, high), std::max(low, high), j - 1};
+        int previous = -1;
+        for (int k : kept) {
+            if (k != previous)
+                merged << line[k];
+            previous = k;
+        }
+        i = j;
+    }
+    return merged;
+}
+
+void OXWPainter::drawColumnPolyline(const QPolygon& line)
+{
+    drawPolyline(columnPolyline(line));
+}
+
+void OXWPainter::fillMarks(const std::vector<Mark>& marks, int height, const QColor& colour)
+{
+    constexpr int MaxMarkSpan = 1 << 16; // rows between the tops of one run's marks
+    // Rows covered by the current run of marks, from its smallest top.
+    std::vector<char> covered;
+    for (std::size_t i = 0; i < marks.size();) {
+        const Mark& first = marks[i];
+        std::size_t j = i;
+        int low = first.top;
+        int high = first.top;
+        for (; j < marks.size() && marks[j].left == first.left && marks[j].right == first.right;
+             ++j) {
+            low = std::min(low, marks[j].top);
+            high = std::max(high, marks[j].top);
+        }
+        const int width = first.right - first.left + 1;
+        if (double(high) - double(low) > double(MaxMarkSpan)) { // far apart: each on its own
+            for (std::size_t k = i; k < j; ++k) {
+                fillRect(QRect(first.left, marks[k].top, width, height), colour);
+            }
+            i = j;
+            continue;
+        }
+        covered.assign(std::size_t(high - low + height), 0);
+        for (std::size_t k = i; k < j; ++k) {
+            std::fill_n(covered.begin() + (marks[k].top - low), height, char(1));
+        }
+        for (int row = 0; row < int(covered.size());) {
+            if (!covered[std::size_t(row)]) {
+                ++row;
+                continue;
+            }
+            const int top = row;
+            while (row < int(covered.size()) && covered[std::size_t(row)]) {
+                ++row;
+            }
+            fillRect(QRect(first.left, low + top, width, row - top), colour);
+        }
+        i = j;
+    }
+}

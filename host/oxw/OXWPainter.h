@@ -3,8 +3,11 @@
 #include <OXMenum.h>
 
 #include <QPainter>
+#include <QPolygon>
 #include <QRect>
 #include <QRectF>
+
+#include <vector>
 
 class OXMObject;
 
@@ -47,4 +50,25 @@ public:
     // The same for bins in memory (bin 0 is bins[0]).
     bool drawHistogram(const QRect& rect, const float* bins, int binCount, const QRectF& valueRange,
                        double gamma, OXMenum reduction, OXMenum style);
+
+    // Draws the polyline with the pen as drawPolyline does, pixel for pixel, for an aliased
+    // pen one pixel wide without a transform: of each run of consecutive points on one pixel
+    // column only the first, the highest, the lowest and the last are drawn (the vertical
+    // segments between them cover the same pixels). A curve of many more points than columns
+    // costs one pass over the points plus a few segments per column.
+    void drawColumnPolyline(const QPolygon& line);
+    // Column-merged points of a polyline, as drawColumnPolyline draws them.
+    static QPolygon columnPolyline(const QPolygon& line);
+
+    // Fills rectangles of one colour, each the columns [left, right] and the rows [top, top +
+    // height), as fillRect of each would (opaque colour: the order does not matter). Adjacent
+    // marks with equal columns (as the handles of a curve give them, from left to right) are
+    // merged into one rectangle per run of rows they cover: one pass over the marks.
+    struct Mark
+    {
+        int left;
+        int right;
+        int top;
+    };
+    void fillMarks(const std::vector<Mark>& marks, int height, const QColor& colour);
 };

@@ -500,7 +500,11 @@ void OXWLUTWorkArea::render()
         }
         return;
     }
-    mHistogramMean = histogramMean();
+    // The histogram does not change while the user drags in the editor: its scale is read
+    // again when the drag ends.
+    if (mPressAction == PressNone) {
+        mHistogramMean = histogramMean();
+    }
     OXMObject* result = histogramResult();
 
     const OXWLUTObjectInfo& info = *mObjectInfo;
@@ -567,6 +571,7 @@ void OXWLUTWorkArea::render()
 
     // Names, curves, handles and left borders.
     const QFont nameFont = sizedFont(font(), 9);
+    std::vector<OXWPainter::Mark> marks;
     for (int i = 0; i < count; ++i) {
         const OXWLUTIntervalInfo& interval = *info.interval(i);
         int left = 0;
@@ -600,12 +605,13 @@ void OXWLUTWorkArea::render()
                                pixelFromHeight(h.y));
             }
             painter.setPen(QColor(Qt::darkGray));
-            painter.drawPolyline(line);
+            painter.drawColumnPolyline(line);
         }
-        for (int k = int(handles.size()) - 1; k >= 0; --k) {
-            const float x = interval.globalFromLocal(handles[std::size_t(k)].x);
+        marks.clear();
+        for (const auto& handle : handles) {
+            const float x = interval.globalFromLocal(handle.x);
             const int p = pixelFromPosition(x);
-            const int y = pixelFromHeight(handles[std::size_t(k)].y);
+            const int y = pixelFromHeight(handle.y);
             if (!insidePixelLimit(p) || !insidePixelLimit(y)) {
                 continue;
             }
@@ -615,8 +621,9 @@ void OXWLUTWorkArea::render()
                 l = p - 3;
                 r = p + 3;
             }
-            painter.fillRect(QRect(l, y - 4, r - l + 1, 8), QColor(Qt::darkGray));
+            marks.push_back({l, r, y - 4});
         }
+        painter.fillMarks(marks, 8, QColor(Qt::darkGray));
 
         const int border = pixelFromPosition(interval.from());
         if (insidePixelLimit(border)) {

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <random>
 #include <vector>
 
 namespace {
@@ -184,3 +185,56 @@ TEST(OXWPainter, RefusesMissingDataAndUnknownModes)
         for (int x = 0; x < 4; ++x)
             EXPECT_EQ(image.pixel(x, y), qRgb(255, 255, 255));
 }
+
+// Dense curves and handle marks, as an editor of many handles draws them: the merged drawing
+// must give the same pixels as drawing every segment and every mark.
+class OXWPainterMerged : public ::testing::TestWithParam<int>
+{
+protected:
+    static QImage canvas()
+    {
+        QImage image(120, 90, QImage::Format_ARGB32_Premultiplied);
+        image.fill(Qt::white);
+        return image;
+    }
+};
+
+TEST_P(OXWPainterMerged, DrawsTheSamePixelsAsEverySegmentAndEveryMark)
+{
+    std::mt19937 random{unsigned(GetParam())};
+    std::uniform_int_distribution<int> row(-10, 100);
+    // Runs of about 2, 12 or 22 points a column.
+    std::bernoulli_distribution nextColumn(1.0 / (2 + 10 * (GetParam() % 3)));
+    std::uniform_int_distribution<int> width(0, 9);
+    QPolygon line;
+    std::vector<OXWPainter::Mark> marks;
+    for (int x = -5; x < 130; x += nextColumn(random) ? 1 : 0) {
+        line << QPoint(x, row(random));
+        const int l = x - width(random) / 2;
+        marks.push_back({l, l + width(random), row(random)});
+        if (line.size() > 3000)
+            break;
+    }
+    const QRect clip(3, 2, 110, 80);
+    QImage full = canvas();
+    {
+        OXWPainter p(&full);
+        p.setClipRect(clip);
+        p.setPen(QColor(Qt::darkGray));
+        p.drawPolyline(line);
+        for (const OXWPainter::Mark& m : marks)
+            p.fillRect(QRect(m.left, m.top, m.right - m.left + 1, 8), QColor(Qt::blue));
+    }
+    QImage merged = canvas();
+    {
+        OXWPainter p(&merged);
+        p.setClipRect(clip);
+        p.setPen(QColor(Qt::darkGray));
+        p.drawColumnPolyline(line);
+        p.fillMarks(marks, 8, QColor(Qt::blue));
+    }
+    EXPECT_LE(OXWPainter::columnPolyline(line).size(), 4 * 136);
+    EXPECT_TRUE(full == merged) << "seed " << GetParam();
+}
+
+INSTANTIATE_TEST_SUITE_P(Seeds, OXWPainterMerged, ::testing::Range(1, 13));
