@@ -19,6 +19,7 @@
 #include <QCursor>
 #include <QFontMetrics>
 #include <QGuiApplication>
+#include <QImage>
 #include <QMenu>
 #include <QMouseEvent>
 #include <QPainter>
@@ -371,10 +372,14 @@ void OXWLUTColorBar::rebuildPixmap()
     computeColorTable();
     const int width = static_cast<int>(mColorTable.size());
     const int height = mPixmap.height();
+    // One row of the table's colours, stretched over the bar's height (rows repeated).
+    QImage row(width, 1, QImage::Format_RGB32);
+    QRgb* rowPixels = reinterpret_cast<QRgb*>(row.scanLine(0));
     for (int i = 0; i < width; ++i) {
         const Colour& c = mColorTable[i];
-        painter.fillRect(i, 0, 1, height, QColor(c.r, c.g, c.b));
+        rowPixels[i] = qRgb(c.r, c.g, c.b);
     }
+    painter.drawImage(QRect(0, 0, width, height), row);
     // Marks that fall on the column of the mark drawn just before them would paint the same
     // pixels again; with thousands of handles most of them do.
     int lastColumn = -1;
