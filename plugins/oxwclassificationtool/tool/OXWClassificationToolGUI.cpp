@@ -753,19 +753,46 @@ bool OXWClassificationToolGUI::isEditAllowed() const
 
 void OXWClassificationToolGUI::paintEvent(QPaintEvent* event)
 {
+    applyEditingState();
+    OXWClassificationToolGUIUI::paintEvent(event);
+}
+
+void OXWClassificationToolGUI::scheduleEditingState()
+{
+    if (mEditingStatePending) {
+        return;
+    }
+    mEditingStatePending = true;
+    QMetaObject::invokeMethod(
+        this,
+        [this] {
+            mEditingStatePending = false;
+            applyEditingState();
+        },
+        Qt::QueuedConnection);
+}
+
+void OXWClassificationToolGUI::applyEditingState()
+{
     setEnabled(isEditAllowed());
     const bool ok =
         mMaterial.get() && mRenderMethodTable && mRenderMethodTable->mRenderPlugin.get();
-    for (QWidget* widget : std::initializer_list<QWidget*>{
-             mPresetGroupBox, mLUTWorkArea, mWorkAreaScrollbar, mWorkAreaZoomPlusButton,
-             mWorkAreaZoomMinusButton, mColorManipulationGroupBox, mTransparencySpinBox,
-             mRenderMethodGroupBox}) {
+    for (QWidget* widget :
+         std::initializer_list<QWidget*>{mPresetGroupBox, mLUTWorkArea, mColorManipulationGroupBox,
+                                         mTransparencySpinBox, mRenderMethodGroupBox}) {
         widget->setEnabled(ok);
     }
+    // The scroll bar and the zoom buttons follow the zoom as well. Each widget is set once to
+    // its final state: enabling one only to disable it again would repaint it, and its repaint
+    // paints the panel below it, which would come back here.
     if (ok) {
-        // The scroll bar and the zoom buttons follow the zoom as well.
         updateScrollBar();
         updateZoomButtons();
+    } else {
+        for (QWidget* widget : std::initializer_list<QWidget*>{
+                 mWorkAreaScrollbar, mWorkAreaZoomPlusButton, mWorkAreaZoomMinusButton}) {
+            widget->setEnabled(false);
+        }
     }
     for (int page = 0; page < mColorManipulationTabWidget->count(); ++page) {
         mColorManipulationTabWidget->widget(page)->setEnabled(ok);
@@ -777,7 +804,6 @@ void OXWClassificationToolGUI::paintEvent(QPaintEvent* event)
         mWorkAreaUseCalibrationButton->setEnabled(false);
     }
     emit updateLUTWidgets();
-    OXWClassificationToolGUIUI::paintEvent(event);
 }
 
 void OXWClassificationToolGUI::relabelColorTabs()
@@ -957,7 +983,7 @@ void OXWClassificationToolGUI::updateOpacity()
     bool ok = opacity->setValue(OXM::MapMode, OXM::LookupTable);
     writeHandleList(opacity, collectHandles(OXWLUTIntervalInfo::OpacityChannel, 1.0f), ok);
     mListening = true;
-    update();
+    scheduleEditingState();
 }
 
 void OXWClassificationToolGUI::updateColor()
@@ -976,7 +1002,7 @@ void OXWClassificationToolGUI::updateColor()
         writeHandleList(objects[c], collectHandles(Channels[c], 0.00390625f), ok);
     }
     mListening = true;
-    update();
+    scheduleEditingState();
 }
 
 void OXWClassificationToolGUI::updateIntervals()

@@ -133,6 +133,12 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    // What every paint of the panel does first: the enabled state of its parts by the rights
+    // and the bound material and renderer, the zoom controls, then updateLUTWidgets().
+    void applyEditingState();
+    // applyEditingState() in the next turn of the event loop (once for any number of calls),
+    // without repainting the panel's other widgets: after an edit only the editors change.
+    void scheduleEditingState();
     // The selection of the application's lists: exactly one ROI, else exactly one render
     // object; an empty path when there is none.
     static OXMObjectPath findSelection();
@@ -177,6 +183,7 @@ private:
 
     QTimer* mUpdateObjectInfoTimer = nullptr;
     QTimer* mUpdateAnalyzerTimer = nullptr;
+    bool mEditingStatePending = false;
     std::unique_ptr<OXWLUTObjectInfo> mObjectInfo;
 
     OXMObjectIOCPtr mScene;

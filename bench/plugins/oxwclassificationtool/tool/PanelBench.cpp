@@ -217,8 +217,10 @@ void BM_DragStep(benchmark::State& state)
         QMouseEvent move(QEvent::MouseMove, to, Qt::NoButton, Qt::LeftButton, Qt::NoModifier);
         QApplication::sendEvent(area, &move);
         QMetaObject::invokeMethod(&panel, "sendDelayedMouseMoveEvent", Qt::DirectConnection);
-        // The event loop's turn: the panel's repaint makes the editors redraw.
-        QApplication::processEvents();
+        // The event loop's turns until the editor has drawn the step.
+        for (int turn = 0; turn < 10 && paints.count < step; ++turn) {
+            QApplication::processEvents();
+        }
     }
     area->removeEventFilter(&paints);
     if (panel.objectInfoReadCount() != reads) {

@@ -3,6 +3,8 @@
 
 #include "PanelFixture.h"
 
+#include <QToolButton>
+
 using namespace paneltest;
 
 namespace {
@@ -121,4 +123,34 @@ TEST_F(PanelEvents, MovesFarApartAreEachDelivered)
     ASSERT_TRUE(waitUntil([this] { return recorder.count(QEvent::MouseMove) == 2; }));
     EXPECT_EQ(recorder.records[0].pos, points[0]);
     EXPECT_EQ(recorder.records[1].pos, points[5]);
+}
+
+// An edit repaints the editors, not the whole panel with its boxes, tabs and spin boxes (a
+// drag step writes the opacity each time the mouse moves). At zoom 1 and zoomed in.
+TEST_F(PanelEvents, AnOpacityEditRepaintsTheEditorsOnly)
+{
+    struct PaintCounter : QObject
+    {
+        int paints = 0;
+        bool eventFilter(QObject*, QEvent* event) override
+        {
+            paints += event->type() == QEvent::Paint;
+            return false;
+        }
+    } panelPaints, editorPaints;
+    panel->installEventFilter(&panelPaints);
+    workArea()->installEventFilter(&editorPaints);
+    for (bool zoomed : {false, true}) {
+        if (zoomed) {
+            panel->mWorkAreaZoomPlusButton->click();
+        }
+        QTest::qWait(100);
+        panelPaints.paints = editorPaints.paints = 0;
+        panel->updateOpacity();
+        QTest::qWait(100);
+        EXPECT_EQ(panelPaints.paints, 0) << (zoomed ? "zoomed in" : "at zoom 1");
+        EXPECT_GE(editorPaints.paints, 1) << (zoomed ? "zoomed in" : "at zoom 1");
+    }
+    workArea()->removeEventFilter(&editorPaints);
+    panel->removeEventFilter(&panelPaints);
 }
