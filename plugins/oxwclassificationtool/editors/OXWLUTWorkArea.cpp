@@ -256,14 +256,21 @@ void OXWLUTWorkArea::repaintAll()
 
 // --- coordinate mapping
 
+OXWLUTWorkArea::PixelMapping OXWLUTWorkArea::pixelMapping() const
+{
+    PixelMapping mapping;
+    mapping.greyFrom = mObjectInfo->visibleGreyFrom();
+    mapping.greyTo = mObjectInfo->visibleGreyTo();
+    mapping.opacityFrom = mObjectInfo->visibleOpacityFrom();
+    mapping.opacityTo = mObjectInfo->visibleOpacityTo();
+    mapping.width = mBuffer->width();
+    mapping.height = mBuffer->height();
+    return mapping;
+}
+
 int OXWLUTWorkArea::pixelFromPosition(float x) const
 {
-    if (!mObjectInfo || mBuffer->isNull()) {
-        return 0;
-    }
-    const float from = mObjectInfo->visibleGreyFrom();
-    const float to = mObjectInfo->visibleGreyTo();
-    return int(float(mBuffer->width()) * (x - from) / (to - from));
+    return mObjectInfo && !mBuffer->isNull() ? pixelMapping().x(x) : 0;
 }
 
 float OXWLUTWorkArea::positionFromPixel(int px) const
@@ -278,13 +285,7 @@ float OXWLUTWorkArea::positionFromPixel(int px) const
 
 int OXWLUTWorkArea::pixelFromHeight(float h) const
 {
-    if (!mObjectInfo || mBuffer->isNull()) {
-        return 0;
-    }
-    const int height = mBuffer->height();
-    const float from = mObjectInfo->visibleOpacityFrom();
-    const float to = mObjectInfo->visibleOpacityTo();
-    return height - int((h - from) * float(height) / (to - from)) - 1;
+    return mObjectInfo && !mBuffer->isNull() ? pixelMapping().y(h) : 0;
 }
 
 float OXWLUTWorkArea::heightFromPixel(int py) const
@@ -571,6 +572,8 @@ void OXWLUTWorkArea::render()
 
     // Names, curves, handles and left borders.
     const QFont nameFont = sizedFont(font(), 9);
+    const PixelMapping pixels = pixelMapping();
+    QPolygon line;
     std::vector<OXWPainter::Mark> marks;
     for (int i = 0; i < count; ++i) {
         const OXWLUTIntervalInfo& interval = *info.interval(i);
@@ -597,31 +600,27 @@ void OXWLUTWorkArea::render()
         }
 
         const OXWLUTIntervalInfo::HandleList& handles = interval.handles(OpacityChannel);
-        if (handles.size() >= 2) {
-            QPolygon line;
-            line.reserve(int(handles.size()));
-            for (const auto& h : handles) {
-                line << QPoint(pixelFromPosition(interval.globalFromLocal(h.x)),
-                               pixelFromHeight(h.y));
-            }
-            painter.setPen(QColor(Qt::darkGray));
-            painter.drawColumnPolyline(line);
-        }
+        line.clear();
         marks.clear();
         for (const auto& handle : handles) {
             const float x = interval.globalFromLocal(handle.x);
-            const int p = pixelFromPosition(x);
-            const int y = pixelFromHeight(handle.y);
+            const int p = pixels.x(x);
+            const int y = pixels.y(handle.y);
+            line << QPoint(p, y);
             if (!insidePixelLimit(p) || !insidePixelLimit(y)) {
                 continue;
             }
-            int l = pixelFromPosition(x - s / 2.0f) + 1;
-            int r = pixelFromPosition(x + s / 2.0f) - 1;
+            int l = pixels.x(x - s / 2.0f) + 1;
+            int r = pixels.x(x + s / 2.0f) - 1;
             if (r - l + 2 < 9) {
                 l = p - 3;
                 r = p + 3;
             }
             marks.push_back({l, r, y - 4});
+        }
+        if (handles.size() >= 2) {
+            painter.setPen(QColor(Qt::darkGray));
+            painter.drawColumnPolyline(line);
         }
         painter.fillMarks(marks, 8, QColor(Qt::darkGray));
 

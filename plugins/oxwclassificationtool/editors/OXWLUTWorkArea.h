@@ -173,6 +173,26 @@ protected:
     void contextMenuEvent(QContextMenuEvent* event) override;
 
 private:
+    // The model's visible ranges and the buffer's size, read once: pixels of many positions.
+    struct PixelMapping
+    {
+        float greyFrom = 0.0f;
+        float greyTo = 1.0f;
+        float opacityFrom = 0.0f;
+        float opacityTo = 1.0f;
+        int width = 0;
+        int height = 0;
+        int x(float position) const
+        {
+            return int(float(width) * (position - greyFrom) / (greyTo - greyFrom));
+        }
+        int y(float h) const
+        {
+            return height - int((h - opacityFrom) * float(height) / (opacityTo - opacityFrom)) - 1;
+        }
+    };
+    // Needs a model and a buffer.
+    PixelMapping pixelMapping() const;
     void buildMenus();
     // Closes the user action of the last press, if it is open.
     void endUserAction();
