@@ -5,6 +5,7 @@
 
 #include <OXMObjectPtr.h>
 #include <OXMSampleGrid.h>
+#include <OXMSceneNames.h>
 #include <OXMTaskInfo.h>
 #include <OXMVolumeRenderObject.h>
 
@@ -515,10 +516,7 @@ Result readDicom(const QString& folder, OXMTaskInfo* task, const QString& series
     return readWith(reader, folder, task);
 }
 
-} // namespace
-
-OXWVolumeFile::Result OXWVolumeFile::read(const QString& path, OXMTaskInfo* task,
-                                          const QString& seriesUID)
+Result readFormat(const QString& path, OXMTaskInfo* task, const QString& seriesUID)
 {
     const QFileInfo info(path);
     if (!info.exists())
@@ -539,6 +537,22 @@ OXWVolumeFile::Result OXWVolumeFile::read(const QString& path, OXMTaskInfo* task
         return readNrrd(path, task);
     const vtkSmartPointer<vtkAlgorithm> reader = makeReader(format, path);
     return readWith(reader, path, task);
+}
+
+} // namespace
+
+OXWVolumeFile::Result OXWVolumeFile::read(const QString& path, OXMTaskInfo* task,
+                                          const QString& seriesUID)
+{
+    Result result = readFormat(path, task, seriesUID);
+    OXMSampleGrid* grid = result.volume ? result.volume->getSampleGrid() : nullptr;
+    if (grid) {
+        const QByteArray source = QFileInfo(path).absoluteFilePath().toUtf8();
+        const QByteArray series = seriesUID.toUtf8();
+        grid->setValue<const char*>(OXMSceneNames::dataSource(), source.constData());
+        grid->setValue<const char*>(OXMSceneNames::dataSeries(), series.constData());
+    }
+    return result;
 }
 
 QStringList OXWVolumeFile::nameFilters()

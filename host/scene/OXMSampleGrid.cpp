@@ -30,6 +30,8 @@ OXMSampleGrid::OXMSampleGrid()
     addSingle(OXMSceneNames::gridOrigin(), OXMVector3<float>(0.0f, 0.0f, 0.0f));
     addSingle(OXM::SampleDataType, OXMTypeInfo(OXM::UInt8));
     addSingle(OXMSceneNames::dataVersion(), 0);
+    addSingle<const char*>(OXMSceneNames::dataSource(), "");
+    addSingle<const char*>(OXMSceneNames::dataSeries(), "");
     lockedProperty(*this, OXMSceneNames::dimensions());
     lockedProperty(*this, OXM::SampleDataType);
 }

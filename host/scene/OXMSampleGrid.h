@@ -13,7 +13,8 @@
 // then y, then z). Properties: "Dimensions" (OXMVector3<int>), "Spacing" (OXMVector3<float>),
 // "GridOrigin" (OXMVector3<float>, centre of the first voxel), OXM::SampleDataType
 // (OXMTypeInfo), OXM::Name, "DataVersion" (int, a new process-wide unique number on every setData,
-// so listeners hear of new voxels). Dimensions and data type are locked: only setData changes them.
+// so listeners hear of new voxels), "DataSource" and "DataSeries" (strings: the file or folder
+// the voxels were read from, and the DICOM series chosen there; empty for voxels made here). Dimensions and data type are locked: only setData changes them.
 class OXMSampleGrid : public OXMSceneObject
 {
     OXM_SCENE_CLASS(OXMSampleGrid)

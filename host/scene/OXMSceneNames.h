@@ -12,6 +12,10 @@ public:
     static OXMenum spacing();     // OXMVector3<float>, voxel size
     static OXMenum gridOrigin();  // OXMVector3<float>, centre of voxel (0, 0, 0)
     static OXMenum dataVersion(); // int, incremented whenever the voxels change
+    // Strings of a sample grid: the file or folder its voxels were read from and the DICOM
+    // series chosen there; empty for voxels made in memory.
+    static OXMenum dataSource();
+    static OXMenum dataSeries();
     static OXMenum maskVersion(); // int, incremented whenever a region's mask changes
     static OXMenum voxelCount();  // int, voxels inside a region
     static OXMenum dataRange();   // pair of floats of a histogram result
