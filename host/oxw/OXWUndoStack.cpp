@@ -44,7 +44,24 @@ bool OXWUndoStack::beginStep(const QString& name)
         return false;
     mOpen = std::make_unique<Step>();
     mOpen->name = name;
+    mOpen->serial = ++mLastSerial;
     return true;
+}
+
+void OXWUndoStack::setClean()
+{
+    mCleanSerial = topSerial();
+    emit changed();
+}
+
+bool OXWUndoStack::isClean() const
+{
+    return topSerial() == mCleanSerial;
+}
+
+std::uint64_t OXWUndoStack::topSerial() const
+{
+    return mUndo.empty() ? 0 : mUndo.back()->serial;
 }
 
 bool OXWUndoStack::endStep(const QString& text)

@@ -8,6 +8,7 @@
 #include <QString>
 
 #include <cstddef>
+#include <cstdint>
 #include <map>
 #include <memory>
 #include <utility>
@@ -76,6 +77,10 @@ public:
     int redoCount() const { return int(mRedo.size()); }
     // Drops every step (the open one keeps going).
     void clear();
+    // The state the user last saved: clean until a step is stored, undone or redone away from
+    // it, and clean again when undo or redo comes back to it. A new stack is clean.
+    void setClean();
+    bool isClean() const;
 
     int stepLimit() const { return mStepLimit; }
     // Keeps at most limit steps (at least 1); drops the oldest ones beyond it.
@@ -100,6 +105,7 @@ private:
     struct Step
     {
         QString name;
+        std::uint64_t serial = 0; // unique in this stack
         std::vector<Entry> entries;
         // Where each (object, property) sits in entries; only while the step is open.
         std::map<std::pair<const OXMObject*, int>, std::size_t> index;
@@ -114,5 +120,9 @@ private:
     std::unique_ptr<Step> mOpen;
     int mStepLimit = DefaultStepLimit;
     bool mBusy = false;
+    // The serial number of the step on top of the undo list (0: empty), last given and saved.
+    std::uint64_t topSerial() const;
+    std::uint64_t mLastSerial = 0;
+    std::uint64_t mCleanSerial = 0;
     QString mActionName;
 };
