@@ -4,7 +4,9 @@
 
 #include <OXMSingleton.h>
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QStandardPaths>
 #include <QtGlobal>
 
@@ -114,8 +116,13 @@ QString OXWApplication::parsePath(const QString& path)
     static const QString documents = QStringLiteral("${USER_DOCUMENTS}");
     if (!path.contains(documents))
         return path;
+    // A folder that is there: a file dialog given a missing one would take its last part for
+    // a file name to fill in.
+    QString folder = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    if (!QFileInfo(folder).isDir())
+        folder = QDir::homePath();
     QString result = path;
-    result.replace(documents, QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    result.replace(documents, folder);
     return result;
 }
 

@@ -402,6 +402,34 @@ TEST_F(OXWUserAction, ANewStepClearsTheRedoList)
     EXPECT_EQ(spy.count(), 6);
 }
 
+// The saved state: a step away from it, undo back to it, redo away again, a new step in
+// place of an undone one (the saved state can no longer be reached).
+TEST_F(OXWUserAction, TheCleanStateFollowsUndoAndRedoBackToTheSavedStep)
+{
+    OXWTestItem item;
+    EXPECT_TRUE(stack.isClean());
+    const auto step = [&](int value) {
+        OXWApplication::UserActionScope scope("Step");
+        item.shininess.setValue(value);
+    };
+    step(1);
+    EXPECT_FALSE(stack.isClean());
+    stack.setClean();
+    step(2);
+    EXPECT_FALSE(stack.isClean());
+    ASSERT_TRUE(stack.undo());
+    EXPECT_TRUE(stack.isClean());
+    ASSERT_TRUE(stack.undo());
+    EXPECT_FALSE(stack.isClean());
+    ASSERT_TRUE(stack.redo());
+    EXPECT_TRUE(stack.isClean());
+    ASSERT_TRUE(stack.undo());
+    step(3);
+    EXPECT_FALSE(stack.isClean());
+    ASSERT_TRUE(stack.undo());
+    EXPECT_FALSE(stack.isClean()) << "the saved step was replaced by another";
+}
+
 TEST_F(OXWUserAction, TheStepLimitDropsTheOldestSteps)
 {
     OXWTestItem item;
@@ -488,7 +516,13 @@ TEST_F(OXWUserAction, TheApplicationCarriesTheSelectionAndSceneProperties)
 TEST(OXWApplicationStatic, ParsePathExpandsTheDocumentsFolder)
 {
     const QString docs = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
+    ASSERT_TRUE(QDir().mkpath(docs));
     EXPECT_EQ(OXWApplication::parsePath("${USER_DOCUMENTS}/presets"), docs + "/presets");
+    // Without a documents folder the home folder, never a path that is not there (the tests'
+    // home is a temporary folder of their own).
+    ASSERT_TRUE(docs.startsWith(QDir::tempPath())) << docs.toStdString();
+    ASSERT_TRUE(QDir(docs).removeRecursively());
+    EXPECT_EQ(OXWApplication::parsePath("${USER_DOCUMENTS}"), QDir::homePath());
     EXPECT_EQ(OXWApplication::parsePath("/tmp/${OTHER}/x"), QString("/tmp/${OTHER}/x"));
     EXPECT_EQ(OXWApplication::parsePath(""), QString(""));
     EXPECT_EQ(OXWApplication::parsePath("plain"), QString("plain"));
