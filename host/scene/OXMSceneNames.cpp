@@ -19,6 +19,7 @@
 #include "OXMScene.h"
 #include "OXMSceneClass.h"
 #include "OXMShadedRenderPlugin.h"
+#include "OXMTulvoRights.h"
 #include "OXMVolumeRenderObject.h"
 #include "OXMVolumeTransform.h"
 
@@ -91,6 +92,7 @@ bool OXMSceneNames::registerSceneClasses()
             OXMDDTexture3DRenderPlugin::metaClass(),
             OXMDDTextureDefault3DRendererPlugin::metaClass(),
             OXMOxm2RenderPlugin::metaClass(),
+            OXMTulvoRights::metaClass(),
         };
         bool ok = true;
         for (const OXMMetaClass* m : metas)
