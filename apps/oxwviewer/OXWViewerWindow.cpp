@@ -8,6 +8,7 @@
 #include <OXWUndoStack.h>
 
 #include <QAction>
+#include <QCloseEvent>
 #include <QDragEnterEvent>
 #include <QDropEvent>
 #include <QKeySequence>
@@ -70,6 +71,15 @@ QStringList localFiles(const QMimeData* data)
     return paths;
 }
 } // namespace
+
+void OXWViewerWindow::closeEvent(QCloseEvent* event)
+{
+    if (mCloseGuard && !mCloseGuard()) {
+        event->ignore();
+        return;
+    }
+    OXWMainWindow::closeEvent(event);
+}
 
 void OXWViewerWindow::dragEnterEvent(QDragEnterEvent* event)
 {

@@ -6,11 +6,14 @@
 #include <QPointer>
 #include <QStringList>
 
+#include <functional>
+
 class OXWApplication;
 class OXWLogPane;
 class OXWPluginLoader;
 class OXWUndoStack;
 class QAction;
+class QCloseEvent;
 class QDragEnterEvent;
 class QDropEvent;
 class QMenu;
@@ -55,6 +58,10 @@ public:
     // loader must outlive the window or be detached (null).
     void attachPluginLoader(OXWPluginLoader* loader);
 
+    // Asked before the window closes (File ▸ Quit, the window's close button): false keeps it
+    // open.
+    void setCloseGuard(std::function<bool()> guard) { mCloseGuard = std::move(guard); }
+
     // Text for Help > About plug-ins.
     QString aboutPluginsText() const;
 
@@ -70,6 +77,7 @@ public slots:
     void showAboutPlugins();
 
 protected:
+    void closeEvent(QCloseEvent* event) override;
     void dragEnterEvent(QDragEnterEvent* event) override;
     void dropEvent(QDropEvent* event) override;
 
@@ -77,6 +85,7 @@ private:
     void createMenus();
 
     QPointer<OXWUndoStack> mUndoStack;
+    std::function<bool()> mCloseGuard;
     QPointer<OXWPluginLoader> mLoader;
     OXWLogPane* mLogPane = nullptr;
     QPointer<QLabel> mEmptyState;

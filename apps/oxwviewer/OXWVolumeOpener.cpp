@@ -130,7 +130,13 @@ bool OXWVolumeOpener::openOne(const QString& path)
             continue;
         }
         OXMObjectPtr hold(r.volume);
-        if (!r.volume || !place(r.volume, r.transform)) {
+        bool placed = false;
+        {
+            // One undo step: undo takes the volume out of the scene again.
+            OXWApplication::UserActionScope action(tr("Open volume"));
+            placed = r.volume && place(r.volume, r.transform);
+        }
+        if (!placed) {
             const QString message =
                 r.error.isEmpty() ? tr("%1: the volume cannot be placed in the scene").arg(path)
                                   : r.error;

@@ -1,5 +1,6 @@
 // The viewer executable: application, main window, plug-ins.
 
+#include "OXWDocumentController.h"
 #include "OXWLogPane.h"
 #include "OXWPluginLoader.h"
 #include "OXWSampleScene.h"
@@ -14,6 +15,7 @@
 #include <OXWPresetClassificationHandler.h>
 
 #include <OXMError.h>
+#include <OXMObjectLink.h>
 #include <OXMScene.h>
 #include <OXMTulvoRights.h>
 #include <OXMVolumeRenderObject.h>
@@ -104,12 +106,14 @@ void addFileActions(OXWViewerWindow* window, OXWVolumeOpener* opener)
 }
 
 // Trying the tool without the right to edit: the rights of the open file live in the scene.
-void addLockAction(OXWViewerWindow* window, OXMScene* scene)
+void addLockAction(OXWViewerWindow* window, OXWApplication* app)
 {
     QAction* lock = window->editMenu()->addAction(QObject::tr("Lock classification"));
     lock->setCheckable(true);
-    lock->setEnabled(scene && scene->getRights());
-    QObject::connect(lock, &QAction::toggled, [scene](bool locked) {
+    QObject::connect(lock, &QAction::toggled, [app](bool locked) {
+        OXMObjectLink link;
+        auto* scene =
+            app->getValue(OXM::Scene, link) ? dynamic_cast<OXMScene*>(link.getLink()) : nullptr;
         if (OXMTulvoRights* rights = scene ? scene->getRights() : nullptr)
             rights->setAllowClassificationEdit(!locked);
     });
@@ -182,6 +186,9 @@ int main(int argc, char** argv)
     auto* opener = new OXWVolumeOpener(window.get());
     opener->setInteractive(options.screenshot.isEmpty());
     addFileActions(window.get(), opener);
+    auto* document = new OXWDocumentController(&app, window.get());
+    document->addActions(window->fileMenu(), window->quitAction());
+    window->setCloseGuard([document] { return document->mayDiscardChanges(); });
 
     // The classification presets and the classification tool, docked beside the views.
     // Temporary: the plug-in's start-up will make both itself (the handler first: the panel
@@ -189,7 +196,7 @@ int main(int argc, char** argv)
     auto presetHandler = std::make_unique<OXWPresetClassificationHandler>(nullptr);
     window->createTool(new OXWClassificationToolGUI(nullptr, "OXWClassificationToolGUI"),
                        OXWDockWindow::Vertical);
-    addLockAction(window.get(), sample.scene);
+    addLockAction(window.get(), &app);
     loadPlugins(loader, window.get(), options.noPlugins);
     window->show();
     loader.initializeAll();
