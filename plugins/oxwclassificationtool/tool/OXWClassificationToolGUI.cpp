@@ -1203,6 +1203,18 @@ bool OXWClassificationToolGUI::calculateHistogram()
     return true;
 }
 
+bool OXWClassificationToolGUI::binnedValueRange(int first, int last, FloatPair& range) const
+{
+    OXMObject* result = linkedObject(mHistogram.get(), OXM::Result);
+    if (!result || !result->getValue(OXMenum(DataRangeName), range) ||
+        !(range.second >= range.first)) {
+        return false;
+    }
+    // Integer data with one bin per value count their bins by value.
+    return !mInputChannel->isInteger() ||
+           !(range.first == float(first) && range.second == float(last));
+}
+
 void OXWClassificationToolGUI::updateObjectInfo()
 {
     if (!mListening) {
@@ -1266,7 +1278,15 @@ void OXWClassificationToolGUI::updateObjectInfo()
         double nativeMin = first;
         double nativeMax = last;
         int decimals = 0;
-        if (mInputChannel) {
+        FloatPair binned(0.0f, 0.0f);
+        if (mInputChannel && binnedValueRange(first, last, binned)) {
+            // Bins whose centres run from the smallest to the largest value.
+            const double half = (double(binned.second) - double(binned.first)) /
+                                std::max(1.0, double(last - first)) / 2.0;
+            nativeMin = double(binned.first) - half;
+            nativeMax = double(binned.second) + half;
+            decimals = mInputChannel->isInteger() ? 0 : 5;
+        } else if (mInputChannel) {
             nativeMin = mInputChannel->intToNative(first);
             nativeMax = mInputChannel->intToNative(last);
             if (mInputChannel->isInteger()) {

@@ -14,6 +14,7 @@
 #include <QPointer>
 
 #include <memory>
+#include <utility>
 #include <vector>
 
 class OXMObject;
@@ -169,6 +170,9 @@ private:
     void buildIntervals(const std::vector<int>& borders, const std::vector<OXMenum>& modes,
                         const std::vector<QString>& names, int first, int last);
     void readHandles();
+    // The values of the first and the last bin of the histogram when its bins do not count
+    // one value each (floating-point data, integers too wide): its "DataRange".
+    bool binnedValueRange(int first, int last, std::pair<float, float>& range) const;
     std::vector<OXMVector2<float>> collectHandles(int channel, float scale) const;
     void writeHandleList(OXMObject* object, const std::vector<OXMVector2<float>>& handles,
                          bool& ok);

@@ -13,6 +13,8 @@
 #include <QMessageBox>
 #include <QStringList>
 
+#include <cstring>
+
 using namespace paneltest;
 
 namespace {
@@ -297,4 +299,52 @@ TEST_F(PanelHistogram, TheWorkAreaSaveItemExports)
     OXWFileDialog::queueTestAnswer({fileName, QString()});
     emit workArea()->histogramSaveActivated();
     EXPECT_TRUE(QFileInfo::exists(fileName));
+}
+
+namespace {
+template <typename T>
+std::vector<std::uint8_t> asBytes(const std::vector<T>& values)
+{
+    std::vector<std::uint8_t> bytes(values.size() * sizeof(T));
+    std::memcpy(bytes.data(), values.data(), bytes.size());
+    return bytes;
+}
+} // namespace
+
+// Data whose bins do not count one value each show their own values on the tool's axis: the
+// centre of the first bin is the smallest value, that of the last bin the largest.
+TEST_F(PanelHistogram, FloatAndWideIntegerDataClassifyInTheirOwnValues)
+{
+    std::vector<float> floats;
+    for (int i = 0; i <= 100; ++i) {
+        floats.push_back(-1000.0f + 40.0f * float(i)); // -1000 .. 3000
+    }
+    const std::vector<std::uint32_t> wide = {0u, 1000u, 4000000000u};
+    const struct
+    {
+        const char* name;
+        OXMenum type;
+        std::vector<std::uint8_t> bytes;
+        int count;
+        double low;
+        double high;
+    } cases[] = {
+        {"float", OXM::Float32, asBytes(floats), int(floats.size()), -1000.0, 3000.0},
+        {"32-bit", OXM::UInt32, asBytes(wide), int(wide.size()), 0.0, 4.0e9},
+    };
+    for (const auto& c : cases) {
+        OXMVolumeRenderObject* v =
+            addVolume(c.name, c.bytes, c.type, OXMVector3<int>(c.count, 1, 1));
+        ASSERT_NE(v, nullptr) << c.name;
+        select({v});
+        ASSERT_TRUE(settle() && panel->selectedObject() == v) << c.name;
+        const OXWLUTObjectInfo* info = model();
+        ASSERT_NE(info, nullptr) << c.name;
+        const auto valueAtBin = [info](float bin) {
+            return double(info->calibratedFromPosition(info->positionFromGrey(bin)));
+        };
+        const double tolerance = (c.high - c.low) * 1e-5;
+        EXPECT_NEAR(valueAtBin(info->greyMin() + 0.5f), c.low, tolerance) << c.name;
+        EXPECT_NEAR(valueAtBin(info->greyMax() - 0.5f), c.high, tolerance) << c.name;
+    }
 }
