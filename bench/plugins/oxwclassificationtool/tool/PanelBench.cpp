@@ -333,15 +333,25 @@ void BM_UpdateObjectInfo(benchmark::State& state)
         return;
     }
     const bool withRepaint = state.range(1) != 0;
+    PaintCounter paints;
+    scene.panel->mLUTWorkArea->installEventFilter(&paints);
     for (auto _ : state) {
         scene.reread();
         if (withRepaint) {
-            QApplication::processEvents(); // the editors draw the new model
+            // The event loop's turns until the opacity editor has drawn the new model.
+            const int before = paints.count;
+            for (int turn = 0; turn < 10 && paints.count == before; ++turn) {
+                QApplication::processEvents();
+            }
         } else {
             state.PauseTiming();
             QApplication::processEvents();
             state.ResumeTiming();
         }
+    }
+    scene.panel->mLUTWorkArea->removeEventFilter(&paints);
+    if (withRepaint && paints.count < int(state.iterations())) {
+        state.SkipWithError("the editor was not repainted after every re-read");
     }
     state.counters["handles"] = double(ReadIntervals) * handles * 4;
 }
