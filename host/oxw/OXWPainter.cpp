@@ -225,38 +225,31 @@ bool OXWPainter::drawHistogram(const QRect& rectIn, const float* bins, int binCo
     return true;
 }
 
-QPolygon OXWPainter::columnPolyline(const QPolygon& line)
+void OXWPainter::drawColumnPolyline(const QPolygon& line)
 {
-    QPolygon merged;
-    merged.reserve(std::min(line.size(), 4 * 4096));
+    // Each run of points on one column covers the rows from its highest to its lowest point:
+    // one rectangle a pixel wide. The polyline through the first and the last point of each
+    // run draws the segments between runs as the whole line would.
+    const QColor colour = pen().color();
+    QPolygon ends;
     const int n = line.size();
     for (int i = 0; i < n;) {
         const int x = line[i].x();
+        int low = line[i].y();
+        int high = low;
         int j = i + 1;
-        int low = i;  // smallest y
-        int high = i; // largest y
         for (; j < n && line[j].x() == x; ++j) {
-            if (line[j].y() < line[low].y())
-                low = j;
-            if (line[j].y() > line[high].y())
-                high = j;
+            low = std::min(low, line[j].y());
+            high = std::max(high, line[j].y());
         }
-        // The run's first, extreme and last points in the order they come.
-        int kept[4] = {i, std::min(low, high), std::max(low, high), j - 1};
-        int previous = -1;
-        for (int k : kept) {
-            if (k != previous)
-                merged << line[k];
-            previous = k;
-        }
+        if (j - i > 2)
+            fillRect(QRect(x, low, 1, high - low + 1), colour);
+        ends << line[i];
+        if (j - 1 > i)
+            ends << line[j - 1];
         i = j;
     }
-    return merged;
-}
-
-void OXWPainter::drawColumnPolyline(const QPolygon& line)
-{
-    drawPolyline(columnPolyline(line));
+    drawPolyline(ends);
 }
 
 void OXWPainter::fillMarks(const std::vector<Mark>& marks, int height, const QColor& colour)

@@ -53,12 +53,10 @@ public:
 
     // Draws the polyline with the pen as drawPolyline does, pixel for pixel, for an aliased
     // pen one pixel wide without a transform: of each run of consecutive points on one pixel
-    // column only the first, the highest, the lowest and the last are drawn (the vertical
-    // segments between them cover the same pixels). A curve of many more points than columns
-    // costs one pass over the points plus a few segments per column.
+    // column, the rows between its highest and its lowest point are filled at once, and only
+    // the run's first and last point go into the line. A curve of many more points than
+    // columns costs one pass over the points plus a few segments per column.
     void drawColumnPolyline(const QPolygon& line);
-    // Column-merged points of a polyline, as drawColumnPolyline draws them.
-    static QPolygon columnPolyline(const QPolygon& line);
 
     // Fills rectangles of one colour, each the columns [left, right] and the rows [top, top +
     // height), as fillRect of each would (opaque colour: the order does not matter). Adjacent
