@@ -114,24 +114,6 @@ float OXWLUTObjectInfo::positionFromCalibrated(float v) const
     return (v - mCalibratedMin) / mCalibratedRange;
 }
 
-namespace {
-// floor() without the library call that it costs on the baseline instruction set; exact, as
-// truncation is exact below 2^52. Snapping runs once per handle when a curve is read.
-double floorOf(double v)
-{
-    if (!(std::fabs(v) < 4.0e15)) {
-        return std::floor(v); // NaN, infinities, huge values
-    }
-    const double t = double(static_cast<long long>(v));
-    return t > v ? t - 1.0 : t;
-}
-} // namespace
-
-float OXWLUTObjectInfo::snapToCellCentre(float x) const
-{
-    return float((floorOf(double(mGreyCount) * double(x)) + 0.5) * double(mGreyStep));
-}
-
 float OXWLUTObjectInfo::snapDownToCell(float x) const
 {
     return float(std::floor(double(mGreyCount) * double(x)) * double(mGreyStep));

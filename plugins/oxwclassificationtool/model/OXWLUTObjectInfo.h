@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 #include <QCoreApplication>
 #include <QString>
 
@@ -62,7 +64,11 @@ public:
     float positionFromCalibrated(float v) const;
 
     // Cell snapping. A position exactly on a boundary belongs to the cell on its right.
-    float snapToCellCentre(float x) const;
+    // Inline: it runs for every handle when a curve is read.
+    float snapToCellCentre(float x) const
+    {
+        return float((floorOf(double(mGreyCount) * double(x)) + 0.5) * double(mGreyStep));
+    }
     float snapDownToCell(float x) const;
     float snapUpToCell(float x) const;
 
@@ -92,6 +98,17 @@ public:
     bool setVisibleGreyRange(float a, float b);
 
 private:
+    // floor() without the library call that it costs on the baseline instruction set; exact,
+    // as truncation is exact below 2^52.
+    static double floorOf(double v)
+    {
+        if (!(std::fabs(v) < 4.0e15)) {
+            return std::floor(v); // NaN, infinities, huge values
+        }
+        const double t = double(static_cast<long long>(v));
+        return t > v ? t - 1.0 : t;
+    }
+
     std::unique_ptr<OXWLUTIntervalInfo> createDefaultInterval();
     QString defaultName(int place) const;
 
