@@ -42,9 +42,11 @@
 #include <QToolButton>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <new>
+#include <thread>
 #include <utility>
 
 namespace {
@@ -1435,46 +1437,55 @@ OXWLUTIntervalInfo* intervalFor(const OXWLUTObjectInfo& model, float x, int& hin
 }
 } // namespace
 
-void OXWClassificationToolGUI::readHandles()
-{
-    OXWLUTObjectInfo& model = *mObjectInfo;
-    using Info = OXWLUTIntervalInfo;
-    struct ChannelSource
-    {
-        OXMObject* object;
-        int channel;
-        bool colour;
-    };
-    const ChannelSource sources[4] = {{mOpacity.get(), Info::OpacityChannel, false},
-                                      {mRed.get(), Info::RedChannel, true},
-                                      {mGreen.get(), Info::GreenChannel, true},
-                                      {mBlue.get(), Info::BlueChannel, true}};
-    std::vector<Vector> lists[4];
-    for (int s = 0; s < 4; ++s) {
-        lists[s] = readArray<Vector>(sources[s].object, OXM::LookupTableHandleList);
-    }
-    const auto value = [&model](const ChannelSource& source, float y) {
-        return source.colour ? clampColour(y * 256.0f) : model.positionFromOpacity(y);
-    };
+namespace {
 
-    // First pass: every host handle lands in the interval that holds its cell centre. A red
-    // handle also puts zeros into green and blue; green and blue handles put zeros only where
-    // the other colour channels have no handle yet. Commits wait for the end (insertHandle
-    // works on the fitted curve alone), which keeps the pass linear.
-    for (int s = 0; s < 4; ++s) {
-        const ChannelSource& source = sources[s];
-        const std::vector<Vector>& list = lists[s];
-        if (list.size() <= 1) {
+using Info = OXWLUTIntervalInfo;
+
+// The host's four handle lists as readHandles() reads them.
+struct HandleSource
+{
+    int channel;
+    bool colour;
+    std::vector<OXMVector2<float>> list;
+    std::vector<float> positions; // model positions of the list's x, in list order
+    bool ascending = true;
+};
+
+// A part of the work: the intervals [firstInterval, endInterval) and, of each list, the handles
+// [begin, end) whose cells lie in them.
+struct HandleShare
+{
+    int firstInterval = 0;
+    int endInterval = 0;
+    std::array<std::pair<std::size_t, std::size_t>, 4> span;
+};
+
+float handleValue(const OXWLUTObjectInfo& model, const HandleSource& source, float y)
+{
+    return source.colour ? clampColour(y * 256.0f) : model.positionFromOpacity(y);
+}
+
+// Every host handle lands in the interval that holds its cell centre. A red handle also puts
+// zeros into green and blue; green and blue handles put zeros only where the other colour
+// channels have no handle yet. Commits wait for the end (insertHandle works on the fitted
+// curve alone), which keeps the pass linear.
+void readListHandles(const OXWLUTObjectInfo& model, const std::array<HandleSource, 4>& sources,
+                     const HandleShare& share)
+{
+    for (std::size_t s = 0; s < sources.size(); ++s) {
+        const HandleSource& source = sources[s];
+        if (source.list.size() <= 1) {
             continue;
         }
-        int hint = 0;
-        for (const Vector& handle : list) {
-            const float p = model.snapToCellCentre(model.positionFromGrey(handle.x));
+        int hint = share.firstInterval;
+        for (std::size_t j = share.span[s].first; j < share.span[s].second; ++j) {
+            const float p = model.snapToCellCentre(source.positions[j]);
             Info* interval = intervalFor(model, p, hint);
             if (!interval) {
                 continue;
             }
-            interval->insertHandle(source.channel, p, value(source, handle.y), false);
+            interval->insertHandle(source.channel, p, handleValue(model, source, source.list[j].y),
+                                   false);
             if (source.channel == Info::RedChannel) {
                 interval->insertHandle(Info::GreenChannel, p, 0.0f, false);
                 interval->insertHandle(Info::BlueChannel, p, 0.0f, false);
@@ -1487,60 +1498,129 @@ void OXWClassificationToolGUI::readHandles()
             }
         }
     }
+}
 
-    // Second pass: both ends of every interval follow the host's curve.
-    const float half = model.greyStep() / 2.0f;
-    for (int s = 0; s < 4; ++s) {
-        const ChannelSource& source = sources[s];
-        const std::vector<Vector>& list = lists[s];
-        if (list.size() < 2) {
+// The host curve's value at a position: a handle for each host segment that spans it.
+void insertCurveAt(const OXWLUTObjectInfo& model, const HandleSource& source, Info* interval,
+                   float position)
+{
+    const auto& list = source.list;
+    const auto& positions = source.positions;
+    std::size_t j = 0;
+    std::size_t end = list.size() - 1;
+    if (source.ascending) {
+        // Pairs with x0' <= position <= x1' lie between the first x1' >= position and the
+        // last x0' <= position.
+        const auto firstRight = std::lower_bound(positions.begin() + 1, positions.end(), position);
+        j = std::size_t(firstRight - positions.begin()) - 1;
+        const auto lastLeft = std::upper_bound(positions.begin(), positions.end() - 1, position);
+        end = std::size_t(lastLeft - positions.begin());
+    }
+    for (; j < end; ++j) {
+        const float x0 = positions[j];
+        const float x1 = positions[j + 1];
+        if (!(x0 <= position && position <= x1)) {
             continue;
         }
-        std::vector<float> positions(list.size());
-        bool ascending = true;
-        for (size_t j = 0; j < list.size(); ++j) {
-            positions[j] = model.positionFromGrey(list[j].x);
-            ascending = ascending && (j == 0 || positions[j - 1] <= positions[j]);
+        float y0 = list[j].y;
+        float y1 = list[j + 1].y;
+        if (!source.colour) {
+            y0 = model.positionFromOpacity(y0);
+            y1 = model.positionFromOpacity(y1);
         }
-        const auto insertAt = [&](Info* interval, float position) {
-            size_t j = 0;
-            size_t end = list.size() - 1;
-            if (ascending) {
-                // Pairs with x0' <= position <= x1' lie between the first x1' >= position
-                // and the last x0' <= position.
-                const auto firstRight =
-                    std::lower_bound(positions.begin() + 1, positions.end(), position);
-                j = size_t(firstRight - positions.begin()) - 1;
-                const auto lastLeft =
-                    std::upper_bound(positions.begin(), positions.end() - 1, position);
-                end = size_t(lastLeft - positions.begin());
-            }
-            for (; j < end; ++j) {
-                const float x0 = positions[j];
-                const float x1 = positions[j + 1];
-                if (!(x0 <= position && position <= x1)) {
-                    continue;
-                }
-                float y0 = list[j].y;
-                float y1 = list[j + 1].y;
-                if (!source.colour) {
-                    y0 = model.positionFromOpacity(y0);
-                    y1 = model.positionFromOpacity(y1);
-                }
-                float y = x0 >= x1 ? y0 : y0 + (position - x0) / (x1 - x0) * (y1 - y0);
-                if (source.colour) {
-                    y = clampColour(y * 256.0f);
-                }
-                interval->insertHandle(source.channel, position, y, false);
-            }
-        };
-        for (int i = 0; i < model.intervalCount(); ++i) {
+        float y = x0 >= x1 ? y0 : y0 + (position - x0) / (x1 - x0) * (y1 - y0);
+        if (source.colour) {
+            y = clampColour(y * 256.0f);
+        }
+        interval->insertHandle(source.channel, position, y, false);
+    }
+}
+
+// Both ends of every interval of the share follow the host's curve.
+void readIntervalEnds(const OXWLUTObjectInfo& model, const std::array<HandleSource, 4>& sources,
+                      const HandleShare& share)
+{
+    const float half = model.greyStep() / 2.0f;
+    for (const HandleSource& source : sources) {
+        if (source.list.size() < 2) {
+            continue;
+        }
+        for (int i = share.firstInterval; i < share.endInterval; ++i) {
             Info* interval = model.interval(i);
-            insertAt(interval, model.snapToCellCentre(interval->from() + half));
-            insertAt(interval, model.snapToCellCentre(interval->to() - half));
+            insertCurveAt(model, source, interval, model.snapToCellCentre(interval->from() + half));
+            insertCurveAt(model, source, interval, model.snapToCellCentre(interval->to() - half));
         }
     }
+}
 
+// The whole work in one share, or in two (the lower and the upper half of the intervals, each
+// on its own core) when the lists are long and ascending: a handle's interval follows from its
+// position, and the two halves touch no interval in common.
+std::vector<HandleShare> shareHandles(const OXWLUTObjectInfo& model,
+                                      const std::array<HandleSource, 4>& sources)
+{
+    HandleShare whole;
+    whole.endInterval = model.intervalCount();
+    std::size_t handles = 0;
+    bool ascending = true;
+    for (std::size_t s = 0; s < sources.size(); ++s) {
+        whole.span[s] = {0, sources[s].list.size()};
+        handles += sources[s].list.size();
+        ascending = ascending && sources[s].ascending;
+    }
+    constexpr std::size_t MinimumToShare = 20000;
+    const int intervals = model.intervalCount();
+    if (!ascending || intervals < 2 || handles < MinimumToShare ||
+        std::thread::hardware_concurrency() < 2) {
+        return {whole};
+    }
+    HandleShare lower = whole;
+    HandleShare upper = whole;
+    lower.endInterval = upper.firstInterval = intervals / 2;
+    const float border = model.interval(lower.endInterval - 1)->to();
+    for (std::size_t s = 0; s < sources.size(); ++s) {
+        const auto& positions = sources[s].positions;
+        const auto split = std::partition_point(positions.begin(), positions.end(), [&](float x) {
+            return model.snapToCellCentre(x) <= border;
+        });
+        lower.span[s].second = upper.span[s].first = std::size_t(split - positions.begin());
+    }
+    return {lower, upper};
+}
+
+} // namespace
+
+void OXWClassificationToolGUI::readHandles()
+{
+    OXWLUTObjectInfo& model = *mObjectInfo;
+    std::array<HandleSource, 4> sources = {HandleSource{Info::OpacityChannel, false, {}, {}},
+                                           HandleSource{Info::RedChannel, true, {}, {}},
+                                           HandleSource{Info::GreenChannel, true, {}, {}},
+                                           HandleSource{Info::BlueChannel, true, {}, {}}};
+    OXMObject* objects[4] = {mOpacity.get(), mRed.get(), mGreen.get(), mBlue.get()};
+    for (std::size_t s = 0; s < sources.size(); ++s) {
+        HandleSource& source = sources[s];
+        source.list = readArray<Vector>(objects[s], OXM::LookupTableHandleList);
+        source.positions.resize(source.list.size());
+        for (std::size_t j = 0; j < source.list.size(); ++j) {
+            source.positions[j] = model.positionFromGrey(source.list[j].x);
+            source.ascending =
+                source.ascending && (j == 0 || source.positions[j - 1] <= source.positions[j]);
+        }
+    }
+    const std::vector<HandleShare> shares = shareHandles(model, sources);
+    const auto read = [&](const HandleShare& share) {
+        readListHandles(model, sources, share);
+        readIntervalEnds(model, sources, share);
+    };
+    std::vector<std::thread> helpers;
+    for (std::size_t k = 1; k < shares.size(); ++k) {
+        helpers.emplace_back(read, shares[k]);
+    }
+    read(shares.front());
+    for (std::thread& helper : helpers) {
+        helper.join();
+    }
     for (int i = 0; i < model.intervalCount(); ++i) {
         model.interval(i)->commitChannel(OXWLUTIntervalInfo::AllChannels);
     }
