@@ -175,6 +175,9 @@ TEST_F(PanelReadOracle, RandomClassificationsReadLikeTheLiteralReRead)
         std::uniform_int_distribution<int> inner(60, 440);
         std::vector<int> borders{99};
         std::vector<int> cuts;
+        if (round % 20 == 19) {
+            cuts.push_back(250); // lists read on both cores need two intervals at least
+        }
         for (int i = count(random); i > 0; --i) {
             cuts.push_back(inner(random));
         }
@@ -200,10 +203,12 @@ TEST_F(PanelReadOracle, RandomClassificationsReadLikeTheLiteralReRead)
             nameStrings.push_back(QString::fromLocal8Bit(n));
         }
         // Handle lists: ascending as a rule; every seventh round one list is out of order and
-        // one has a single handle (ignored).
+        // one has a single handle (ignored). Two rounds have lists long enough to be read on
+        // both cores.
         std::vector<Vector> lists[4];
+        const bool longLists = round % 20 == 19;
         for (int c = 0; c < 4; ++c) {
-            const int n = std::uniform_int_distribution<int>(0, 160)(random);
+            const int n = longLists ? 7000 : std::uniform_int_distribution<int>(0, 160)(random);
             std::uniform_real_distribution<float> x(90.0f, 410.0f);
             std::uniform_real_distribution<float> y(c == 0 ? 0.0f : -0.2f, c == 0 ? 1.0f : 1.2f);
             for (int k = 0; k < n; ++k) {
