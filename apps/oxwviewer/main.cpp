@@ -11,9 +11,6 @@
 #include "OXWVolumeOpener.h"
 #include "OXWVolumeView.h"
 
-#include <OXWClassificationToolGUI.h>
-#include <OXWPresetClassificationHandler.h>
-
 #include <OXMError.h>
 #include <OXMObjectLink.h>
 #include <OXMScene.h>
@@ -190,12 +187,6 @@ int main(int argc, char** argv)
     document->addActions(window->fileMenu(), window->quitAction());
     window->setCloseGuard([document] { return document->mayDiscardChanges(); });
 
-    // The classification presets and the classification tool, docked beside the views.
-    // Temporary: the plug-in's start-up will make both itself (the handler first: the panel
-    // tells it what is selected).
-    auto presetHandler = std::make_unique<OXWPresetClassificationHandler>(nullptr);
-    window->createTool(new OXWClassificationToolGUI(nullptr, "OXWClassificationToolGUI"),
-                       OXWDockWindow::Vertical);
     addLockAction(window.get(), &app);
     loadPlugins(loader, window.get(), options.noPlugins);
     window->show();
@@ -210,7 +201,6 @@ int main(int argc, char** argv)
 
     loader.terminateAll(); // before the window goes
     window.reset();
-    presetHandler.reset(); // after the panel, which lets go of it when it goes
     OXMError::removeHandler(stderrHandler);
     return exitCode != 0 ? exitCode : runResult;
 }

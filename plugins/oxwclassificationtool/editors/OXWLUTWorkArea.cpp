@@ -91,7 +91,9 @@ OXWLUTWorkArea::OXWLUTWorkArea(QWidget* parent, const char* name)
     setMouseTracking(true);
     setFrameStyle(QFrame::Panel | QFrame::Sunken);
     setLineWidth(2);
-    setFont(QFont(QStringLiteral("helvetica"), 10));
+    // Not a QStringLiteral: Qt's font cache keeps the family name after the plug-in's library,
+    // where such a literal lives, has been unloaded.
+    setFont(QFont(QString::fromLatin1("helvetica"), 10));
 
     buildMenus();
 
