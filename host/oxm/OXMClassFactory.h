@@ -21,6 +21,26 @@ public:
     // With freeMemory: deletes the object. Without: runs its destructor in place, the storage
     // staying with the caller (the object must be of this class).
     virtual bool destroy(OXMClass* object, bool freeMemory) = 0;
+
+    // destroy() for objects of class T: with freeMemory a delete, else T's destructor in place
+    // after a class check (another class is reported as OXM::InvalidOperation).
+    template <typename T>
+    static bool destroyAs(OXMClass* object, bool freeMemory)
+    {
+        if (!object)
+            return false;
+        if (freeMemory) {
+            delete object;
+            return true;
+        }
+        T* t = dynamic_cast<T*>(object);
+        if (!t) {
+            OXMError::emitError(object, OXM::InvalidOperation, "destroy: wrong class");
+            return false;
+        }
+        t->~T();
+        return true;
+    }
 };
 
 // The factory of a class T with default and copy constructors and assignment. Arguments
@@ -56,18 +76,6 @@ public:
     }
     bool destroy(OXMClass* object, bool freeMemory) override
     {
-        if (!object)
-            return false;
-        if (freeMemory) {
-            delete object;
-            return true;
-        }
-        T* t = dynamic_cast<T*>(object);
-        if (!t) {
-            OXMError::emitError(object, OXM::InvalidOperation, "destroy: wrong class");
-            return false;
-        }
-        t->~T();
-        return true;
+        return destroyAs<T>(object, freeMemory);
     }
 };

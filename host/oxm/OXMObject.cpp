@@ -437,6 +437,10 @@ bool OXMObject::RoleManager::addRole(OXMenum role, OXMenum parent)
 
 bool OXMObject::RoleManager::removeRole(OXMenum role)
 {
+    auto& defaults = roleData().defaults;
+    defaults.erase(std::remove_if(defaults.begin(), defaults.end(),
+                                  [role](const auto& entry) { return entry.second == role; }),
+                   defaults.end());
     return roleData().roles.erase(role) > 0;
 }
 

@@ -132,6 +132,7 @@ public:
     public:
         // Declares a role with its parent role (an active role implies its parents).
         static bool addRole(OXMenum role, OXMenum parent = OXMenum());
+        // Withdraws the role, also as a default role of classes.
         static bool removeRole(OXMenum role);
         static bool hasRole(OXMenum role);
         static OXMenum getParentRole(OXMenum role);
