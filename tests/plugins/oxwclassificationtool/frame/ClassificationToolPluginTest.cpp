@@ -1,0 +1,200 @@
+// The plug-in module as the host runs it: loaded without linking any of its code, started and
+// stopped through its record's callbacks, its preference edited in the host's dialog.
+
+#include <OXMClassManager.h>
+#include <OXMPluginInfo.h>
+#include <OXMRegisteredEnum.h>
+#include <OXMSingleton.h>
+#include <OXWApplication.h>
+#include <OXWComboBox.h>
+#include <OXWMainWindow.h>
+#include <OXWPreferenceDialog.h>
+#include <OXWPreferenceManager.h>
+
+#include <QGroupBox>
+#include <QLibrary>
+#include <QTemporaryDir>
+#include <QTest>
+#include <QTreeWidget>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+// The host's handle of a plug-in; the plug-in only passes it on.
+struct __OXMPlugin
+{
+    int unused = 0;
+};
+
+namespace {
+
+const char* const Module = "oxwclassificationtool";
+
+int objectsOf(const char* className, const char* module = nullptr)
+{
+    OXMClassManager::SearchPattern pattern;
+    pattern.className = className;
+    pattern.moduleName = module;
+    return OXMClassManager::getObjectCount(pattern);
+}
+
+// A preference manager that refuses every preference.
+class RefusingManager : public OXWPreferenceManager
+{
+public:
+    bool addPreference(OXMenum, OXMObject*) override { return false; }
+};
+
+class ClassificationToolPlugin : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(folder.isValid());
+        ASSERT_TRUE(library.load()) << library.errorString().toStdString();
+        auto entry =
+            reinterpret_cast<OXMGetPluginInfoFunction>(library.resolve("oxmGetPluginInfo"));
+        ASSERT_TRUE(entry);
+        info = entry();
+        ASSERT_TRUE(info && info->initialize && info->terminate);
+        useManager(std::make_unique<OXWPreferenceManager>());
+    }
+    void TearDown() override
+    {
+        OXMSingleton<OXWPreferenceManager>::clearInstance(manager.get());
+        window.reset();
+        library.unload();
+    }
+    void useManager(std::unique_ptr<OXWPreferenceManager> next)
+    {
+        OXMSingleton<OXWPreferenceManager>::clearInstance(manager.get());
+        manager = std::move(next);
+        manager->setStorageDirectory(folder.path());
+        OXMSingleton<OXWPreferenceManager>::setInstance(manager.get());
+    }
+    OXMenum start() { return info->initialize(&handle); }
+    OXMenum stop() { return info->terminate(&handle); }
+    OXMObject* preference() const
+    {
+        return manager->findPreference("Default3DRendererPreferences");
+    }
+
+    QTemporaryDir folder;
+    OXWApplication app;
+    std::unique_ptr<OXWMainWindow> window = std::make_unique<OXWMainWindow>();
+    std::unique_ptr<OXWPreferenceManager> manager;
+    QLibrary library{QString::fromUtf8(OXW_CLASSIFICATION_TOOL_LIBRARY)};
+    OXMPluginInfo* info = nullptr;
+    __OXMPlugin handle;
+};
+
+TEST_F(ClassificationToolPlugin, StartsAndStopsLeavingNoObjectAndNoPreference)
+{
+    ASSERT_EQ(start(), OXM::NoError);
+    EXPECT_EQ(window->toolCount(), 1);
+    ASSERT_NE(preference(), nullptr);
+    EXPECT_EQ(manager->enumMappings().size(), 2u);
+    // A second start keeps the handler and adds a panel; its preference is refused as taken.
+    EXPECT_EQ(start(), OXM::OutOfMemory);
+    EXPECT_EQ(objectsOf("OXWPresetHandler"), 1);
+    EXPECT_EQ(window->toolCount(), 2);
+
+    EXPECT_EQ(stop(), OXM::NoError);
+    EXPECT_EQ(objectsOf(nullptr, Module), 0);
+    EXPECT_EQ(objectsOf("OXWPresetHandler"), 0);
+    EXPECT_EQ(manager->preferenceCount(), 0);
+    EXPECT_TRUE(manager->enumMappings().empty());
+    EXPECT_EQ(window->toolCount(), 1); // the first panel is the window's now
+}
+
+TEST_F(ClassificationToolPlugin, FailuresLeaveWhatTheyMust)
+{
+    EXPECT_EQ(info->initialize(nullptr), OXM::InvalidValue);
+    EXPECT_EQ(info->terminate(nullptr), OXM::InvalidValue);
+    EXPECT_EQ(objectsOf("OXWPresetHandler"), 0);
+
+    // A manager that refuses: the handler and the docked panel stay; shut-down destroys the
+    // plug-in's objects but leaves the panel, and reports the failed withdrawal.
+    useManager(std::make_unique<RefusingManager>());
+    EXPECT_EQ(start(), OXM::OutOfMemory);
+    EXPECT_EQ(window->toolCount(), 1);
+    EXPECT_EQ(objectsOf("OXWPresetHandler"), 1);
+    EXPECT_EQ(stop(), OXM::GenericError);
+    EXPECT_EQ(objectsOf(nullptr, Module), 0);
+    EXPECT_EQ(window->toolCount(), 1);
+
+    // No main window: nothing is started.
+    window.reset();
+    useManager(std::make_unique<OXWPreferenceManager>());
+    EXPECT_EQ(start(), OXM::MissingAFObject);
+    EXPECT_EQ(preference(), nullptr);
+    EXPECT_EQ(stop(), OXM::MissingAFObject);
+}
+
+TEST_F(ClassificationToolPlugin, ThePreferencePageAppearsTwiceAndItsChoiceSurvivesARestart)
+{
+    ASSERT_EQ(start(), OXM::NoError);
+    {
+        OXWPreferenceDialog dialog(manager.get());
+        QTreeWidgetItem* advanced = dialog.findItem("Advanced settings/Default 3D rendering");
+        QTreeWidgetItem* general = dialog.findItem("General/General");
+        ASSERT_TRUE(advanced && general);
+        dialog.showItem(general);
+        dialog.showItem(advanced);
+        EXPECT_EQ(dialog.editorCount(), 2);
+        const auto groups = dialog.findChildren<QGroupBox*>();
+        ASSERT_EQ(groups.size(), 1);
+        EXPECT_EQ(groups.front()->title(), "Rendering settings for imported data");
+
+        dialog.show();
+        auto* combo = dialog.findChildren<OXWComboBox*>("mDefault3DRendererComboBox").back();
+        ASSERT_TRUE(QTest::qWaitForWindowExposed(&dialog));
+        EXPECT_EQ(combo->currentText(), "Isosurface renderer");
+        for (int down = 0; down < 3; ++down)
+            QTest::keyClick(combo, Qt::Key_Down);
+        EXPECT_EQ(combo->currentText(), "Hardware renderer (Scatter HQ)");
+        const char* className = nullptr;
+        ASSERT_TRUE(preference()->getValue(OXMenum::find("RenderPluginName", Module), className));
+        EXPECT_STREQ(className, "OXMDDTextureDefault3DRendererPlugin");
+    }
+    ASSERT_EQ(stop(), OXM::NoError);
+
+    useManager(std::make_unique<OXWPreferenceManager>());
+    ASSERT_EQ(start(), OXM::NoError);
+    const char* className = nullptr;
+    OXMenum shading;
+    ASSERT_TRUE(preference()->getValue(OXMenum::find("RenderPluginName", Module), className));
+    ASSERT_TRUE(preference()->getValue(OXMenum::find("ShadingModel", Module), shading));
+    EXPECT_STREQ(className, "OXMDDTextureDefault3DRendererPlugin");
+    EXPECT_STREQ(shading.getName(), "ScatterHQ");
+    EXPECT_EQ(stop(), OXM::NoError);
+}
+
+// Loaded, started, stopped and unloaded again and again in one process: every round leaves
+// no registration and no object behind (the sanitizer build checks the memory).
+TEST(ClassificationToolModule, LoadsAndUnloadsTwentyTimes)
+{
+    OXWApplication app;
+    OXWMainWindow window;
+    OXWPreferenceManager manager;
+    OXMSingleton<OXWPreferenceManager>::setInstance(&manager);
+    __OXMPlugin handle;
+    for (int round = 0; round < 20; ++round) {
+        QLibrary library(QString::fromUtf8(OXW_CLASSIFICATION_TOOL_LIBRARY));
+        ASSERT_TRUE(library.load()) << library.errorString().toStdString();
+        auto entry =
+            reinterpret_cast<OXMGetPluginInfoFunction>(library.resolve("oxmGetPluginInfo"));
+        OXMPluginInfo* info = entry();
+        ASSERT_EQ(info->initialize(&handle), OXM::NoError) << "round " << round;
+        ASSERT_EQ(info->terminate(&handle), OXM::NoError) << "round " << round;
+        ASSERT_TRUE(library.unload());
+        ASSERT_EQ(OXMRegisteredEnum::getEnumCount(Module), 0) << "round " << round;
+        ASSERT_EQ(objectsOf(nullptr, Module), 0);
+        ASSERT_EQ(OXMClassManager::findMetaClass("OXMDefault3DRendererPreferences"), nullptr);
+        ASSERT_EQ(manager.preferenceCount(), 0);
+    }
+    OXMSingleton<OXWPreferenceManager>::clearInstance(&manager);
+}
+
+} // namespace
