@@ -198,6 +198,7 @@ int OXWPluginLoader::initializeAll()
             emit message(tr("Initialized plug-in '%1'").arg(d.name));
         } else {
             d.state = State::InitializeFailed;
+            d.problem = codeText(result);
             ++failed;
             ++mFailureCount;
             OXMError::emitError(nullptr, reportCode(result),
@@ -223,6 +224,7 @@ int OXWPluginLoader::terminateAll()
             emit message(tr("Terminated plug-in '%1'").arg(d.name));
         } else {
             d.state = State::TerminateFailed;
+            d.problem = codeText(result);
             ++failed;
             ++mFailureCount;
             OXMError::emitError(nullptr, reportCode(result),
@@ -258,9 +260,14 @@ QString OXWPluginLoader::summary() const
     QStringList lines;
     for (const auto& p : mPlugins) {
         const PluginDescription& d = p->description;
+        const QString state = d.problem.isEmpty()
+                                  ? stateName(d.state)
+                                  : QStringLiteral("%1: %2").arg(stateName(d.state), d.problem);
         lines << QStringLiteral("%1 %2 (%3) - %4 [%5]")
-                     .arg(d.name, d.version, stateName(d.state), d.description, d.filePath);
+                     .arg(d.name, d.version, state, d.description, d.filePath);
     }
+    for (const QString& problem : mProblems)
+        lines << tr("Not loaded: %1").arg(problem);
     return lines.join(QLatin1Char('\n'));
 }
 
@@ -284,6 +291,7 @@ QString OXWPluginLoader::stateName(State state)
 void OXWPluginLoader::fail(const QString& text)
 {
     ++mFailureCount;
+    mProblems << text;
     OXMError::emitError(nullptr, OXM::GenericError, text);
 }
 

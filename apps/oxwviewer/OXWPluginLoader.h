@@ -71,6 +71,8 @@ public:
         QString description;
         QString version; // "major.minor.patch"
         State state = State::Loaded;
+        // Why a callback failed (its result code); empty otherwise.
+        QString problem;
         bool unloaded = false;
     };
 
@@ -108,7 +110,10 @@ public:
     const PluginDescription* findPlugin(const QString& name) const;
     // Number of failures reported since construction.
     int failureCount() const { return mFailureCount; }
-    // One line per plug-in: "name version (state) - description [file]".
+    // Why files of the plug-in folders were not loaded, one sentence each naming the file.
+    QStringList problems() const { return mProblems; }
+    // One line per plug-in: "name version (state[: problem]) - description [file]", then one
+    // line "Not loaded: ..." per problem.
     QString summary() const;
 
     static QString stateName(State state);
@@ -125,5 +130,6 @@ private:
 
     QStringList mDirectories;
     std::vector<std::unique_ptr<Plugin>> mPlugins;
+    QStringList mProblems;
     int mFailureCount = 0;
 };

@@ -1,5 +1,7 @@
 #include "OXWSampleScene.h"
 
+#include "OXWImportRenderer.h"
+
 #include <OXMHistogram.h>
 #include <OXMObject.h>
 #include <OXMObjectLink.h>
@@ -32,7 +34,10 @@ OXMVolumeRenderObject* addPhantom(OXMScene* scene, OXMSampleGrid* grid, const ch
     // create() takes the grid; the scene's list takes the volume.
     OXMObjectPtr hold(OXMVolumeRenderObject::create(grid, name));
     auto* volume = static_cast<OXMVolumeRenderObject*>(hold.get());
-    if (!volume || !scene->addVolume(volume))
+    if (!volume)
+        return nullptr;
+    OXWImportRenderer::apply(volume, scene);
+    if (!scene->addVolume(volume))
         return nullptr;
     OXMHistogram* histogram = volume->getHistogram();
     if (!histogram || !histogram->execute(OXM::Calculate))

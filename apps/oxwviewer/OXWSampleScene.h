@@ -6,7 +6,8 @@ class OXMVolumeRenderObject;
 
 // The viewer's built-in sample: an 8-bit and a 16-bit CT-like phantom (OXMScenePhantom) of
 // size³ voxels, as the volumes "Phantom 8-bit" and "Phantom 16-bit" of a scene, each with its
-// default classification and a calculated histogram.
+// default classification, a calculated histogram and the renderer of imported data
+// (OXWImportRenderer).
 //
 // build(application, size) uses the scene that the application's OXM::Scene link names (or
 // creates one and links it there) and, when the application has an OXM::SceneManager link

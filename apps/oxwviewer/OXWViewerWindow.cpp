@@ -140,7 +140,7 @@ void OXWViewerWindow::attachPluginLoader(OXWPluginLoader* loader)
 
 QString OXWViewerWindow::aboutPluginsText() const
 {
-    if (!mLoader || mLoader->pluginCount() == 0)
+    if (!mLoader || (mLoader->pluginCount() == 0 && mLoader->problems().isEmpty()))
         return tr("No plug-ins are loaded.");
     return mLoader->summary();
 }

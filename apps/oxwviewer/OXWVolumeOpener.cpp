@@ -1,9 +1,12 @@
 #include "OXWVolumeOpener.h"
 
+#include "OXWImportRenderer.h"
+
 #include <OXMError.h>
 #include <OXMObjectLink.h>
 #include <OXMObjectPath.h>
 #include <OXMObjectPtr.h>
+#include <OXMScene.h>
 #include <OXMSingleton.h>
 #include <OXMTaskInfo.h>
 #include <OXMVolumeRenderObject.h>
@@ -34,12 +37,14 @@ OXWSceneManager* sceneManager()
     return dynamic_cast<OXWSceneManager*>(link.getLink());
 }
 
-// Puts the volume at the top of the scene with its orientation, and selects it.
+// Puts the volume, with the renderer chosen for imported data, at the top of the scene with its
+// orientation, and selects it.
 bool place(OXMVolumeRenderObject* volume, const std::vector<float>& orientation)
 {
     OXWSceneManager* manager = sceneManager();
     if (!manager)
         return false;
+    OXWImportRenderer::apply(volume, dynamic_cast<OXMScene*>(manager->getScene()));
     auto* placement = new OXMVolumeTransform;
     OXMObjectPtr hold(placement);
     if (orientation.size() == 16)

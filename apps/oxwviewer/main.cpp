@@ -14,14 +14,18 @@
 #include <OXMError.h>
 #include <OXMObjectLink.h>
 #include <OXMScene.h>
+#include <OXMSingleton.h>
 #include <OXMTulvoRights.h>
 #include <OXMVolumeRenderObject.h>
 #include <OXWApplication.h>
+#include <OXWPreferenceDialog.h>
+#include <OXWPreferenceManager.h>
 #include <OXWTaskProgress.h>
 
 #include <QAction>
 #include <QMenu>
 #include <QSplitter>
+#include <QStandardPaths>
 
 #include <QApplication>
 #include <QGuiApplication>
@@ -116,6 +120,23 @@ void addLockAction(OXWViewerWindow* window, OXWApplication* app)
     });
 }
 
+// Edit ▸ Preferences...: the preferences that the plug-ins registered, stored in the user's
+// configuration folder.
+void addPreferencesAction(OXWViewerWindow* window, OXWPreferenceManager* preferences)
+{
+    preferences->setStorageDirectory(
+        QStandardPaths::writableLocation(QStandardPaths::AppConfigLocation) +
+        QStringLiteral("/preferences"));
+    window->editMenu()->addSeparator();
+    QAction* open = window->editMenu()->addAction(QObject::tr("Preferences..."));
+    open->setObjectName(QStringLiteral("mPreferencesAction"));
+    open->setMenuRole(QAction::PreferencesRole);
+    QObject::connect(open, &QAction::triggered, window, [window, preferences] {
+        OXWPreferenceDialog dialog(preferences, window);
+        dialog.exec();
+    });
+}
+
 void loadPlugins(OXWPluginLoader& loader, OXWViewerWindow* window, bool disabled)
 {
     if (disabled) {
@@ -161,6 +182,8 @@ int main(int argc, char** argv)
     });
 
     OXWApplication app;
+    OXWPreferenceManager preferences;
+    OXMSingleton<OXWPreferenceManager>::setInstance(&preferences);
     OXWPluginLoader loader;
     for (const QString& dir : options.pluginDirectories)
         loader.addDirectory(dir);
@@ -188,6 +211,7 @@ int main(int argc, char** argv)
     window->setCloseGuard([document] { return document->mayDiscardChanges(); });
 
     addLockAction(window.get(), &app);
+    addPreferencesAction(window.get(), &preferences);
     loadPlugins(loader, window.get(), options.noPlugins);
     window->show();
     loader.initializeAll();
@@ -201,6 +225,7 @@ int main(int argc, char** argv)
 
     loader.terminateAll(); // before the window goes
     window.reset();
+    OXMSingleton<OXWPreferenceManager>::clearInstance(&preferences);
     OXMError::removeHandler(stderrHandler);
     return exitCode != 0 ? exitCode : runResult;
 }

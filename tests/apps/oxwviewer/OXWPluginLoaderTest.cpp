@@ -149,6 +149,8 @@ TEST_F(OXWPluginLoading, ReportsAFailingInitializeAndDoesNotTerminateThatPlugin)
     EXPECT_EQ(failed.size(), 1) << errors.messages.join('\n').toStdString();
     EXPECT_EQ(loader.findPlugin("oxwtestfailing")->state, OXWPluginLoader::State::InitializeFailed);
     EXPECT_EQ(loader.findPlugin("oxwtestrecording")->state, OXWPluginLoader::State::Initialized);
+    EXPECT_TRUE(loader.summary().contains("(failed to initialize: OXM::GenericError)"))
+        << loader.summary().toStdString();
 
     EXPECT_EQ(loader.terminateAll(), 0);
     window.reset();

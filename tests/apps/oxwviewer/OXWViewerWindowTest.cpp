@@ -163,7 +163,12 @@ TEST_F(OXWViewerWindowTest, LogPaneShowsTheLoadersMessagesAndErrors)
     EXPECT_TRUE(text.contains(QFileInfo(OXW_TEST_NOT_A_PLUGIN).fileName()));
     for (const QString& line : window->logPane()->lines())
         EXPECT_TRUE(line.contains(StampedLine)) << line.toStdString();
-    EXPECT_TRUE(window->aboutPluginsText().contains("oxwtestrecording 1.2.3 (stopped)"));
+    const QString about = window->aboutPluginsText();
+    EXPECT_TRUE(about.contains("oxwtestrecording 1.2.3 (stopped)")) << about.toStdString();
+    // A file that is not a plug-in is listed with the reason.
+    EXPECT_TRUE(about.contains(QStringLiteral("Not loaded: Plug-in file '%1' is not a plug-in")
+                                   .arg(OXW_TEST_NOT_A_PLUGIN)))
+        << about.toStdString();
 }
 
 TEST_F(OXWViewerWindowTest, StatusBarShowsNoProgressWhileNothingRuns)

@@ -1,9 +1,19 @@
 #include "OXWSampleScene.h"
 #include "OXWViewsTestSupport.h"
 
+#include <OXMCamera.h>
+#include <OXMError.h>
 #include <OXMHistogramResult.h>
+#include <OXMMetaClass.h>
+#include <OXMOxm2RenderSettings.h>
+#include <OXMRegisteredEnum.h>
 #include <OXMScene.h>
+#include <OXMSceneNames.h>
+#include <OXMSingleValueOP.h>
+#include <OXMSingleton.h>
+#include <OXMVolumeRenderObject.h>
 #include <OXWApplication.h>
+#include <OXWPreferenceManager.h>
 #include <OXWSceneManager.h>
 #include <OXWUndoStack.h>
 
@@ -74,4 +84,58 @@ TEST(OXWSampleScene, RefusesBadInput)
     EXPECT_EQ(link(&app, OXM::Scene), nullptr);
     OXMObjectPtr notAnApplication(new OXMSampleMaterial);
     EXPECT_EQ(OXWSampleScene::build(notAnApplication.get(), 8), nullptr);
+}
+
+// A volume added while the renderer preference is registered gets the chosen renderer; the
+// camera ray tracer's shading goes to the camera.
+TEST(OXWSampleScene, NewVolumesGetTheRendererOfThePreference)
+{
+    const OXMRegisteredEnum classKey("RenderPluginName", false, "oxwclassificationtool");
+    const OXMenum shadingKey = OXMSceneNames::shadingModel();
+    OXMObject preference;
+    preference.setAutoDelete(false);
+    OXMSingleValueOP<const char*> className;
+    OXMSingleValueOP<OXMenum> shading;
+    preference.addProperty(classKey, &className);
+    preference.addProperty(shadingKey, &shading);
+    OXWPreferenceManager manager;
+    OXMSingleton<OXWPreferenceManager>::setInstance(&manager);
+    ASSERT_TRUE(manager.addPreference(
+        OXMRegisteredEnum("Default3DRendererPreferences", false, "oxwclassificationtool"),
+        &preference));
+
+    const struct
+    {
+        const char* className;
+        OXMenum shading;
+        bool applied;
+        bool onCamera;
+    } cases[] = {{"OXMDDTextureDefault3DRendererPlugin", OXMSceneNames::scatterHQ(), true, false},
+                 {"OXMOxm2RenderPlugin", OXMSceneNames::xRay(), true, true},
+                 {"NoSuchRenderer", OXM::Phong, false, false}};
+    for (const auto& c : cases) {
+        className.setValue(c.className);
+        shading.setValue(c.shading);
+        OXWApplication app;
+        OXWSampleScene::Result result;
+        QStringList errors;
+        const int handler =
+            OXMError::addHandler([&errors](const OXMError::Message& m) { errors << m.getText(); });
+        ASSERT_TRUE(OXWSampleScene::build(&app, 8, result));
+        OXMError::removeHandler(handler);
+        const OXMObject* renderer = result.volume16->getRenderPlugin();
+        ASSERT_NE(renderer, nullptr);
+        EXPECT_EQ(std::strcmp(renderer->getMetaClass()->getClassName(), c.className) == 0,
+                  c.applied);
+        EXPECT_EQ(errors.isEmpty(), c.applied) << c.className;
+        const OXMObject* holder =
+            c.onCamera ? result.scene->getCamera()->getRenderSettings() : renderer;
+        OXMenum written;
+        if (c.applied) {
+            EXPECT_TRUE(holder->getValue(c.onCamera ? OXM::RenderingMode : shadingKey, written) &&
+                        written == c.shading)
+                << c.className;
+        }
+    }
+    OXMSingleton<OXWPreferenceManager>::clearInstance(&manager);
 }
