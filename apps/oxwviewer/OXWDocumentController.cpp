@@ -14,10 +14,12 @@
 #include <OXWUndoStack.h>
 
 #include <QAction>
+#include <QFileDialog>
 #include <QFileInfo>
 #include <QMainWindow>
 #include <QMenu>
 #include <QMessageBox>
+#include <QPushButton>
 
 namespace {
 
@@ -166,16 +168,22 @@ bool OXWDocumentController::saveTo(const QString& path)
 
 QString OXWDocumentController::locate(const QString& missing)
 {
-    const QString answer =
-        QMessageBox::question(
-            mWindow, tr("Open scene"),
-            tr("The volume file %1 of the scene is missing. Find it?").arg(missing),
-            QMessageBox::Yes | QMessageBox::No) == QMessageBox::Yes
-            ? OXWFileDialog::getOpenFileName(
-                  OXM::VolumeRenderObject, QFileInfo(missing).absolutePath(), {tr("All files (*)")},
-                  mWindow, nullptr, tr("Where is %1?").arg(QFileInfo(missing).fileName()))
-            : QString();
-    return answer;
+    // The volume may have been a file or a folder (a DICOM series, numbered TIFF slices).
+    QMessageBox box(QMessageBox::Question, tr("Open scene"),
+                    tr("The volume %1 of the scene is missing. Find it?").arg(missing),
+                    QMessageBox::NoButton, mWindow);
+    QPushButton* file = box.addButton(tr("Find file..."), QMessageBox::AcceptRole);
+    QPushButton* folder = box.addButton(tr("Find folder..."), QMessageBox::AcceptRole);
+    box.addButton(QMessageBox::Cancel);
+    box.exec();
+    const QString start = QFileInfo(missing).absolutePath();
+    const QString title = tr("Where is %1?").arg(QFileInfo(missing).fileName());
+    if (box.clickedButton() == file)
+        return OXWFileDialog::getOpenFileName(OXM::VolumeRenderObject, start, {tr("All files (*)")},
+                                              mWindow, nullptr, title);
+    if (box.clickedButton() == folder)
+        return QFileDialog::getExistingDirectory(mWindow, title, start);
+    return QString();
 }
 
 void OXWDocumentController::report(const QString& title, const QString& message)

@@ -19,10 +19,13 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QProcess>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <cstring>
 
 namespace {
@@ -215,4 +218,25 @@ TEST_F(SceneDocument, ASaveThatFailsLeavesThePreviousDocumentReadable)
     EXPECT_TRUE(error.contains("volume1.nrrd")) << error.toStdString();
     ASSERT_TRUE(first.open(QIODevice::ReadOnly));
     EXPECT_EQ(first.readAll(), before);
+}
+
+// A save killed at any moment leaves a document that reads: every file is replaced whole.
+TEST(SceneDocumentKilled, DuringASaveLeavesAReadableDocument)
+{
+    QTemporaryDir dir;
+    const QString document = dir.filePath("scene.oxwscene");
+    for (int delayMs : {0, 3, 7, 13, 21, 34}) {
+        QProcess saver;
+        saver.start(QStringLiteral(OXW_SCENE_SAVE_LOOP), {document, QStringLiteral("96")});
+        ASSERT_TRUE(saver.waitForStarted());
+        // The first save completes; the kill then falls somewhere into a later one.
+        while (!saver.canReadLine())
+            ASSERT_TRUE(saver.waitForReadyRead(30000)) << saver.readAllStandardError().data();
+        QThread::msleep(static_cast<unsigned long>(delayMs));
+        ::kill(static_cast<pid_t>(saver.processId()), SIGKILL);
+        saver.waitForFinished();
+        QString error;
+        EXPECT_NE(OXWSceneDocument::read(document, error).get(), nullptr)
+            << "killed " << delayMs << " ms after a save: " << error.toStdString();
+    }
 }
