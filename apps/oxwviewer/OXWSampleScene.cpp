@@ -15,12 +15,6 @@
 
 namespace {
 
-OXMObject* linkedObject(const OXMObject* object, OXMenum id)
-{
-    auto* p = OXMSingleValuePropertyIF<OXMObjectLink>::getInterface(object->getProperty(id));
-    return p ? p->getValue().getLink() : nullptr;
-}
-
 bool setLink(OXMObject* object, OXMenum id, OXMObject* target)
 {
     auto* p = OXMSingleValuePropertyIF<OXMObjectLink>::getInterface(object->getProperty(id));
@@ -60,7 +54,7 @@ bool OXWSampleScene::build(OXMObject* application, int size, Result& result)
         return false;
     OXMSceneNames::registerSceneClasses();
 
-    auto* scene = dynamic_cast<OXMScene*>(linkedObject(application, OXM::Scene));
+    auto* scene = dynamic_cast<OXMScene*>(OXMObject::linkedObject(application, OXM::Scene));
     if (!scene) {
         OXMObjectPtr hold(new OXMScene);
         scene = static_cast<OXMScene*>(hold.get());
@@ -71,7 +65,7 @@ bool OXWSampleScene::build(OXMObject* application, int size, Result& result)
     result.scene = scene;
 
     if (application->getProperty(OXM::SceneManager) &&
-        !linkedObject(application, OXM::SceneManager)) {
+        !OXMObject::linkedObject(application, OXM::SceneManager)) {
         OXMObjectPtr hold(new OXWSceneManager);
         auto* manager = static_cast<OXWSceneManager*>(hold.get());
         if (!manager->setScene(scene) || !setLink(application, OXM::SceneManager, manager))

@@ -38,13 +38,6 @@ private:
 
 namespace {
 
-OXMObject* linkedObject(const OXMObject* object, OXMenum id)
-{
-    auto* p = OXMSingleValuePropertyIF<OXMObjectLink>::getInterface(object ? object->getProperty(id)
-                                                                           : nullptr);
-    return p ? p->getValue().getLink() : nullptr;
-}
-
 std::vector<OXMObjectLink> links(const OXMObject* object, OXMenum id)
 {
     auto* p = OXMValueArrayPropertyIF<OXMObjectLink>::getInterface(object ? object->getProperty(id)
@@ -105,7 +98,7 @@ OXMObject* OXWSceneTreeView::getApplication() const
 
 OXMObject* OXWSceneTreeView::getScene() const
 {
-    return linkedObject(mApplication.get(), OXM::Scene);
+    return OXMObject::linkedObject(mApplication.get(), OXM::Scene);
 }
 
 void OXWSceneTreeView::scheduleRefresh()

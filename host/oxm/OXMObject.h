@@ -71,8 +71,8 @@ public:
         auto* p = OXMSingleValuePropertyIF<T>::getInterface(getProperty(id));
         return p && p->setValue(value);
     }
-    // The whole array property id (0-based); false, and values empty, when it is missing or of
-    // another type.
+    // The whole array property id, from its first index to its last; false, and values empty,
+    // when it is missing or of another type.
     template <typename T>
     bool getArray(OXMenum id, std::vector<T>& values) const
     {
@@ -89,6 +89,20 @@ public:
     }
     // The object linked by the single link property id; null when missing or empty.
     OXMObject* getLinkedObject(OXMenum id) const;
+    // The same of an object that may be null (null then).
+    static OXMObject* linkedObject(const OXMObject* object, OXMenum id)
+    {
+        return object ? object->getLinkedObject(id) : nullptr;
+    }
+    // The whole array property id of an object that may be null (empty then).
+    template <typename T>
+    static std::vector<T> arrayOf(const OXMObject* object, OXMenum id)
+    {
+        std::vector<T> values;
+        if (object)
+            object->getArray(id, values);
+        return values;
+    }
 
     // --- references and lifetime
     void addRef() { ++mRefCount; }

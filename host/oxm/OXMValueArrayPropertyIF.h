@@ -31,11 +31,17 @@ public:
     // Replaces the whole array with the items 0..last (first must be 0; last -1 empties it).
     virtual bool initArray(int first, int last, const T* items) = 0;
 
+    // The items from the first index to the last, whatever the first index is.
     std::vector<T> getArray() const
     {
-        std::vector<T> items(static_cast<std::size_t>(getArraySize()));
-        if (!items.empty())
-            getArrayItems(0, int(items.size()) - 1, items.data());
+        int first = 0;
+        int last = -1;
+        std::vector<T> items;
+        if (getArrayIndexRange(first, last) && last >= first) {
+            items.resize(static_cast<std::size_t>(last - first + 1));
+            if (!getArrayItems(first, last, items.data()))
+                items.clear();
+        }
         return items;
     }
     bool setArray(const std::vector<T>& items)

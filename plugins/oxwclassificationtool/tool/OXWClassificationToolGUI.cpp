@@ -77,43 +77,6 @@ OXWApplication* application()
     return OXMSingleton<OXWApplication>::getInstance();
 }
 
-OXMObject* linkedObject(const OXMObject* object, OXMenum id)
-{
-    OXMObjectLink link;
-    if (!object || !object->getValue(id, link)) {
-        return nullptr;
-    }
-    return link.getLink();
-}
-
-template <typename T>
-std::vector<T> readArray(const OXMObject* object, OXMenum id)
-{
-    std::vector<T> values;
-    const auto* array =
-        object ? OXMValueArrayPropertyIF<T>::getInterface(object->getProperty(id)) : nullptr;
-    int first = 0;
-    int last = -1;
-    if (array && array->getArrayIndexRange(first, last) && last >= first) {
-        values.resize(size_t(last - first + 1));
-        if (!array->getArrayItems(first, last, values.data())) {
-            values.clear();
-        }
-    }
-    return values;
-}
-
-template <typename T>
-bool writeArray(OXMObject* object, OXMenum id, const std::vector<T>& values)
-{
-    auto* array =
-        object ? OXMValueArrayPropertyIF<T>::getInterface(object->getProperty(id)) : nullptr;
-    if (!array) {
-        return false;
-    }
-    return array->initArray(0, int(values.size()) - 1, values.data());
-}
-
 // Writes the three interval lists of a material; a list the material lacks is skipped.
 // Names are stored in the local 8-bit encoding.
 void writeIntervalLists(OXMObject* material, const std::vector<int>& borders,
@@ -127,15 +90,15 @@ void writeIntervalLists(OXMObject* material, const std::vector<int>& borders,
     for (const QByteArray& name : encoded) {
         pointers.push_back(name.constData());
     }
-    writeArray(material, OXM::IntervalIndexList, borders);
-    writeArray(material, OXM::IntervalModeList, modes);
-    writeArray(material, OXM::IntervalNameList, pointers);
+    material->setArray(OXM::IntervalIndexList, borders);
+    material->setArray(OXM::IntervalModeList, modes);
+    material->setArray(OXM::IntervalNameList, pointers);
 }
 
 std::vector<QString> readNames(const OXMObject* object)
 {
     std::vector<QString> names;
-    for (const char* name : readArray<const char*>(object, OXM::IntervalNameList)) {
+    for (const char* name : OXMObject::arrayOf<const char*>(object, OXM::IntervalNameList)) {
         names.push_back(QString::fromLocal8Bit(name));
     }
     return names;
@@ -325,13 +288,13 @@ OXMObjectPath OXWClassificationToolGUI::findSelection()
         return OXMObjectPath();
     }
     const std::vector<OXMObjectPath> regions =
-        readArray<OXMObjectPath>(app, OXM::RegionOfInterestSelectionList);
+        OXMObject::arrayOf<OXMObjectPath>(app, OXM::RegionOfInterestSelectionList);
     if (regions.size() == 1) {
         return regions.front();
     }
     if (regions.empty()) {
         const std::vector<OXMObjectPath> objects =
-            readArray<OXMObjectPath>(app, OXM::RenderObjectSelectionList);
+            OXMObject::arrayOf<OXMObjectPath>(app, OXM::RenderObjectSelectionList);
         if (objects.size() == 1) {
             return objects.front();
         }
@@ -352,8 +315,8 @@ bool OXWClassificationToolGUI::isUsableSelection(const OXMObjectPath& path, bool
 void OXWClassificationToolGUI::takeSceneAndRights()
 {
     OXWApplication* app = application();
-    mScene = app ? linkedObject(app, OXM::Scene) : nullptr;
-    mRights = linkedObject(mScene.get(), TulvoRightsName);
+    mScene = app ? OXMObject::linkedObject(app, OXM::Scene) : nullptr;
+    mRights = OXMObject::linkedObject(mScene.get(), TulvoRightsName);
     mLUTWorkArea->setRights(dynamic_cast<OXMTulvoRights*>(mRights.get()));
 }
 
@@ -419,7 +382,7 @@ bool OXWClassificationToolGUI::bindRenderObject()
     }
     if (mRenderMethodTable) {
         if (volume) {
-            OXMObject* plugin = linkedObject(volume, OXM::RenderPlugin);
+            OXMObject* plugin = OXMObject::linkedObject(volume, OXM::RenderPlugin);
             OXMObject* settings = roi ? roi : volume;
             if (plugin && plugin->isOfType("OXMOxm2RenderPlugin")) {
                 settings = OXWRenderMethodTable::findRenderSettings();
@@ -433,13 +396,13 @@ bool OXWClassificationToolGUI::bindRenderObject()
         }
     }
 
-    OXMObject* material = linkedObject(selected, OXM::ApplicationSampleMaterial);
+    OXMObject* material = OXMObject::linkedObject(selected, OXM::ApplicationSampleMaterial);
     if (!material) {
         return false;
     }
-    OXMObject* grid = linkedObject(selected, OXM::SampleGrid);
+    OXMObject* grid = OXMObject::linkedObject(selected, OXM::SampleGrid);
     if (!grid) {
-        grid = linkedObject(parentOwner(selected), OXM::SampleGrid);
+        grid = OXMObject::linkedObject(parentOwner(selected), OXM::SampleGrid);
     }
     if (!grid) {
         return false;
@@ -447,11 +410,12 @@ bool OXWClassificationToolGUI::bindRenderObject()
     mDataType = OXMTypeInfo(OXM::Unknown);
     grid->getValue(OXM::SampleDataType, mDataType);
 
-    std::vector<OXMObjectLink> histograms = readArray<OXMObjectLink>(selected, OXM::HistogramList);
+    std::vector<OXMObjectLink> histograms =
+        OXMObject::arrayOf<OXMObjectLink>(selected, OXM::HistogramList);
     if (histograms.empty()) {
-        histograms = readArray<OXMObjectLink>(parentOwner(selected), OXM::HistogramList);
+        histograms = OXMObject::arrayOf<OXMObjectLink>(parentOwner(selected), OXM::HistogramList);
     }
-    OXMObject* opacity = linkedObject(material, OXM::Opacity);
+    OXMObject* opacity = OXMObject::linkedObject(material, OXM::Opacity);
     OXMenum inputChannel = OXM::Unknown;
     if (opacity) {
         opacity->getValue(OXM::InputChannel, inputChannel);
@@ -459,7 +423,7 @@ bool OXWClassificationToolGUI::bindRenderObject()
     mInputChannel = mDataType.getChannel(inputChannel);
     OXMObject* histogram = nullptr;
     for (const OXMObjectLink& link : histograms) {
-        OXMObject* transfer = linkedObject(link.getLink(), OXM::SampleTransferSpec);
+        OXMObject* transfer = OXMObject::linkedObject(link.getLink(), OXM::SampleTransferSpec);
         OXMenum channel = OXM::Unknown;
         if (transfer && transfer->getValue(OXM::InputChannel, channel) && channel == inputChannel) {
             histogram = link.getLink();
@@ -481,8 +445,8 @@ bool OXWClassificationToolGUI::bindRenderObject()
     if (materialChanged) {
         mMaterial = material;
         mOpacity = opacity;
-        mTransparency = linkedObject(material, OXM::Transparency);
-        mShininess = linkedObject(material, OXM::Shininess);
+        mTransparency = OXMObject::linkedObject(material, OXM::Transparency);
+        mShininess = OXMObject::linkedObject(material, OXM::Shininess);
         updateDiffuseSharedFromObject();
         colorModeUpdate();
     }
@@ -601,7 +565,7 @@ void OXWClassificationToolGUI::iocCallback(OXMIOC::Message& message)
                 handler->setTargetObject(mSelectedObject.get());
                 handler->setHistogramObject(mHistogram.get());
             }
-            mRenderMethodTable->mRenderPlugin = linkedObject(volume, OXM::RenderPlugin);
+            mRenderMethodTable->mRenderPlugin = OXMObject::linkedObject(volume, OXM::RenderPlugin);
             colorModeUpdate();
             readTransparencySpinBox();
             startObjectInfoTimer();
@@ -842,14 +806,14 @@ void OXWClassificationToolGUI::colorTabChanged()
 
 OXMObject* OXWClassificationToolGUI::resolveColorChannel(OXMenum channel) const
 {
-    OXMObject* object = linkedObject(mMaterial.get(), channel);
+    OXMObject* object = OXMObject::linkedObject(mMaterial.get(), channel);
     // A reference chain longer than the material's channel count is a cycle.
     for (int step = 0; object && step < 64; ++step) {
         OXMenum mode = OXM::Unknown;
         if (!object->getValue(OXM::MapMode, mode) || mode != OXM::Reference) {
             return object;
         }
-        object = linkedObject(object, OXM::Reference);
+        object = OXMObject::linkedObject(object, OXM::Reference);
     }
     return nullptr;
 }
@@ -877,9 +841,9 @@ void OXWClassificationToolGUI::colorModeUpdate()
     mBlue = resolveColorChannel(blue);
     mIntensity = resolveColorChannel(intensity);
     if (page == DiffusePage) {
-        mDiffuseRedLink = linkedObject(mMaterial.get(), OXM::DiffuseRed);
-        mDiffuseGreenLink = linkedObject(mMaterial.get(), OXM::DiffuseGreen);
-        mDiffuseBlueLink = linkedObject(mMaterial.get(), OXM::DiffuseBlue);
+        mDiffuseRedLink = OXMObject::linkedObject(mMaterial.get(), OXM::DiffuseRed);
+        mDiffuseGreenLink = OXMObject::linkedObject(mMaterial.get(), OXM::DiffuseGreen);
+        mDiffuseBlueLink = OXMObject::linkedObject(mMaterial.get(), OXM::DiffuseBlue);
     } else {
         mDiffuseRedLink = nullptr;
         mDiffuseGreenLink = nullptr;
@@ -909,14 +873,15 @@ void OXWClassificationToolGUI::updateDiffuseSharedFromObject()
     OXMObject* material = mMaterial.get();
     bool shared = material != nullptr;
     for (int c = 0; c < 3 && shared; ++c) {
-        OXMObject* diffuse = linkedObject(material, Diffuse[c]);
+        OXMObject* diffuse = OXMObject::linkedObject(material, Diffuse[c]);
         OXMenum mode = OXM::Unknown;
         shared = diffuse && diffuse->getValue(OXM::MapMode, mode) && mode == OXM::Reference;
     }
     if (shared) {
         for (int c = 0; c < 3; ++c) {
-            OXMObject* diffuse = linkedObject(material, Diffuse[c]);
-            diffuse->setValue(OXM::Reference, OXMObjectLink(linkedObject(material, Ambient[c])));
+            OXMObject* diffuse = OXMObject::linkedObject(material, Diffuse[c]);
+            diffuse->setValue(OXM::Reference,
+                              OXMObjectLink(OXMObject::linkedObject(material, Ambient[c])));
         }
     }
     OXWBlockSignalsScope block(mDiffuseSharedColortableCheckBox);
@@ -935,12 +900,13 @@ void OXWClassificationToolGUI::setDiffuseShared(bool shared)
     OXWApplication::UserActionScope action(tr("Change color settings"));
     bool ok = true;
     for (int c = 0; c < 3; ++c) {
-        OXMObject* diffuse = linkedObject(material, Diffuse[c]);
+        OXMObject* diffuse = OXMObject::linkedObject(material, Diffuse[c]);
         if (!diffuse) {
             ok = false;
             continue;
         }
-        ok &= diffuse->setValue(OXM::Reference, OXMObjectLink(linkedObject(material, Ambient[c])));
+        ok &= diffuse->setValue(OXM::Reference,
+                                OXMObjectLink(OXMObject::linkedObject(material, Ambient[c])));
         ok &= diffuse->setValue(OXM::MapMode, shared ? OXM::Reference : OXM::LookupTable);
     }
     if (!ok) {
@@ -970,7 +936,7 @@ void OXWClassificationToolGUI::writeHandleList(OXMObject* object,
                                                const std::vector<OXMVector2<float>>& handles,
                                                bool& ok)
 {
-    ok &= writeArray(object, OXM::LookupTableHandleList, handles);
+    ok &= object->setArray(OXM::LookupTableHandleList, handles);
     ok &= object->setValue(OXM::LookupTableHandleMode, OXM::Linear);
 }
 
@@ -1048,7 +1014,7 @@ void OXWClassificationToolGUI::updateIsosurface()
     mListening = false;
     const float native = mObjectInfo->calibratedFromPosition(mObjectInfo->isosurface());
     const float value = mInputChannel ? mInputChannel->nativeToFloat(native) : native;
-    writeArray(material, OXM::IsosurfaceValueList, std::vector<float>{value});
+    material->setArray(OXM::IsosurfaceValueList, std::vector<float>{value});
     mListening = true;
     update();
 }
@@ -1081,9 +1047,9 @@ void OXWClassificationToolGUI::updateSpecularColor(const OXMRGBf& rgb)
         return;
     }
     OXWApplication::UserActionScope action(tr("Change color"));
-    bool ok = writeScale(linkedObject(material, OXM::SpecularRed), rgb.r);
-    ok &= writeScale(linkedObject(material, OXM::SpecularGreen), rgb.g);
-    ok &= writeScale(linkedObject(material, OXM::SpecularBlue), rgb.b);
+    bool ok = writeScale(OXMObject::linkedObject(material, OXM::SpecularRed), rgb.r);
+    ok &= writeScale(OXMObject::linkedObject(material, OXM::SpecularGreen), rgb.g);
+    ok &= writeScale(OXMObject::linkedObject(material, OXM::SpecularBlue), rgb.b);
     if (!ok) {
         update();
     }
@@ -1207,7 +1173,7 @@ bool OXWClassificationToolGUI::calculateHistogram()
 
 bool OXWClassificationToolGUI::binnedValueRange(int first, int last, FloatPair& range) const
 {
-    OXMObject* result = linkedObject(mHistogram.get(), OXM::Result);
+    OXMObject* result = OXMObject::linkedObject(mHistogram.get(), OXM::Result);
     if (!result || !result->getValue(OXMenum(DataRangeName), range) ||
         !(range.second >= range.first)) {
         return false;
@@ -1231,8 +1197,8 @@ void OXWClassificationToolGUI::updateObjectInfo()
         return;
     }
     OXMObject* material = mMaterial.get();
-    std::vector<int> borders = readArray<int>(material, OXM::IntervalIndexList);
-    std::vector<OXMenum> modes = readArray<OXMenum>(material, OXM::IntervalModeList);
+    std::vector<int> borders = OXMObject::arrayOf<int>(material, OXM::IntervalIndexList);
+    std::vector<OXMenum> modes = OXMObject::arrayOf<OXMenum>(material, OXM::IntervalModeList);
     std::vector<QString> names = readNames(material);
 
     if (!calculateHistogram()) {
@@ -1244,7 +1210,7 @@ void OXWClassificationToolGUI::updateObjectInfo()
     }
     material = mMaterial.get();
     const auto* values = OXMValueArrayPropertyIF<float>::getInterface([this]() -> OXMProperty* {
-        OXMObject* result = linkedObject(mHistogram.get(), OXM::Result);
+        OXMObject* result = OXMObject::linkedObject(mHistogram.get(), OXM::Result);
         return result ? result->getProperty(OXM::Histogram) : nullptr;
     }());
     int first = 0;
@@ -1314,18 +1280,19 @@ void OXWClassificationToolGUI::updateObjectInfo()
 
     OXMObject* selected = mSelectedObject.get();
     if (mObjectInfo) {
-        OXMObject* plugin = linkedObject(selected, OXM::RenderPlugin);
+        OXMObject* plugin = OXMObject::linkedObject(selected, OXM::RenderPlugin);
         if (!plugin) {
-            plugin = linkedObject(parentOwner(selected), OXM::RenderPlugin);
+            plugin = OXMObject::linkedObject(parentOwner(selected), OXM::RenderPlugin);
         }
         const OXMMetaClass* meta = plugin ? plugin->getMetaClass() : nullptr;
         mLUTWorkArea->setIsosurfaceShown(meta &&
                                          QByteArray(meta->getClassName()).contains("Isosurface"));
 
         std::vector<OXMObjectLink> components =
-            readArray<OXMObjectLink>(selected, OXM::VolumeComponentList);
+            OXMObject::arrayOf<OXMObjectLink>(selected, OXM::VolumeComponentList);
         if (components.empty()) {
-            components = readArray<OXMObjectLink>(parentOwner(selected), OXM::VolumeComponentList);
+            components =
+                OXMObject::arrayOf<OXMObjectLink>(parentOwner(selected), OXM::VolumeComponentList);
         }
         OXMenum componentMode = OXM::Unknown;
         selected->getValue(OXM::VolumeComponentMode, componentMode);
@@ -1337,7 +1304,8 @@ void OXWClassificationToolGUI::updateObjectInfo()
         mLUTWorkArea->setIsosurfaceActive(
             !(components.size() >= 2 && componentMode != OXM::Disabled));
 
-        const std::vector<float> iso = readArray<float>(material, OXM::IsosurfaceValueList);
+        const std::vector<float> iso =
+            OXMObject::arrayOf<float>(material, OXM::IsosurfaceValueList);
         if (!iso.empty()) {
             const double native =
                 mInputChannel ? mInputChannel->floatToNative(double(iso.front())) : iso.front();
@@ -1600,7 +1568,7 @@ void OXWClassificationToolGUI::readHandles()
     OXMObject* objects[4] = {mOpacity.get(), mRed.get(), mGreen.get(), mBlue.get()};
     for (std::size_t s = 0; s < sources.size(); ++s) {
         HandleSource& source = sources[s];
-        source.list = readArray<Vector>(objects[s], OXM::LookupTableHandleList);
+        source.list = OXMObject::arrayOf<Vector>(objects[s], OXM::LookupTableHandleList);
         source.positions.resize(source.list.size());
         for (std::size_t j = 0; j < source.list.size(); ++j) {
             source.positions[j] = model.positionFromGrey(source.list[j].x);
@@ -1699,7 +1667,7 @@ void OXWClassificationToolGUI::readRenderingControls()
     }
     OXMenum mode = OXM::Unknown;
     if (isosurface && volume &&
-        readArray<OXMObjectLink>(volume, OXM::VolumeComponentList).size() >= 2 &&
+        OXMObject::arrayOf<OXMObjectLink>(volume, OXM::VolumeComponentList).size() >= 2 &&
         volume->getValue(OXM::VolumeComponentMode, mode)) {
         mWorkAreaUseCalibrationButton->setIcon(OXWApplication::getMiniIconSet(
             mode == OXM::True ? "object_calibrate" : "object_uncalibrate"));
@@ -1740,8 +1708,8 @@ void OXWClassificationToolGUI::saveHistogram()
     if (fileName.isEmpty()) {
         return;
     }
-    OXMObject* result = linkedObject(mHistogram.get(), OXM::Result);
-    const std::vector<float> counts = readArray<float>(result, OXM::Histogram);
+    OXMObject* result = OXMObject::linkedObject(mHistogram.get(), OXM::Result);
+    const std::vector<float> counts = OXMObject::arrayOf<float>(result, OXM::Histogram);
     FloatPair range(0.0f, 0.0f);
     if (result) {
         result->getValue(OXMenum(DataRangeName), range);
@@ -1921,7 +1889,7 @@ namespace {
 // The application's scene manager; null, reported, when its link names anything else.
 OXWSceneManager* sceneManager()
 {
-    OXMObject* object = linkedObject(application(), OXM::SceneManager);
+    OXMObject* object = OXMObject::linkedObject(application(), OXM::SceneManager);
     auto* manager = dynamic_cast<OXWSceneManager*>(object);
     if (!manager) {
         OXMError::emitError(object, OXM::InvalidOperation,
