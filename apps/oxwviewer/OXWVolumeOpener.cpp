@@ -42,6 +42,7 @@ bool place(OXMVolumeRenderObject* volume, const std::vector<float>& orientation)
         return false;
     auto* placement = new OXMVolumeTransform;
     OXMObjectPtr hold(placement);
+    placement->keepInPlace(*volume);
     if (orientation.size() == 16)
         placement->setValue(OXM::TransformMatrix, orientation);
     OXMObjectLink link(volume, placement);
