@@ -269,9 +269,43 @@ bool OXWVolumePipeline::updateImage(const OXMObject* object, const OXWClassifica
     mImage->GetPointData()->SetScalars(scalars);
     mImage->Modified();
     mMinSpacing = std::max(1e-6, double(std::min({s.x, s.y, s.z})));
+    cropTo(mask);
     mDataType = vtkType;
     mImageKey = key;
     return true;
+}
+
+void OXWVolumePipeline::cropTo(const std::uint8_t* drawn)
+{
+    int dims[3];
+    mImage->GetDimensions(dims);
+    int lo[3] = {dims[0], dims[1], dims[2]}, hi[3] = {-1, -1, -1};
+    long long i = 0;
+    for (int z = 0; drawn && z < dims[2]; ++z)
+        for (int y = 0; y < dims[1]; ++y)
+            for (int x = 0; x < dims[0]; ++x, ++i)
+                if (drawn[i]) {
+                    const int at[3] = {x, y, z};
+                    for (int a = 0; a < 3; ++a) {
+                        lo[a] = std::min(lo[a], at[a]);
+                        hi[a] = std::max(hi[a], at[a]);
+                    }
+                }
+    // The box of the drawn voxels and one voxel around it, which the interpolation reaches.
+    double planes[6];
+    for (int a = 0; a < 3; ++a) {
+        const bool none = hi[a] < lo[a];
+        planes[2 * a] =
+            mImage->GetOrigin()[a] + mImage->GetSpacing()[a] * (none ? 0 : std::max(lo[a] - 1, 0));
+        planes[2 * a + 1] = mImage->GetOrigin()[a] +
+                            mImage->GetSpacing()[a] * (none ? 0 : std::min(hi[a] + 1, dims[a] - 1));
+    }
+    for (vtkVolumeMapper* mapper :
+         {static_cast<vtkVolumeMapper*>(mSoftware), static_cast<vtkVolumeMapper*>(mGPU)}) {
+        mapper->SetCropping(drawn ? 1 : 0);
+        mapper->SetCroppingRegionPlanes(planes);
+        mapper->SetCroppingRegionFlagsToSubVolume();
+    }
 }
 
 void OXWVolumePipeline::updateTransferFunctions(const OXWClassificationTable& table)

@@ -98,6 +98,8 @@ private:
 
     bool updateImage(const OXMObject* object, const OXWClassificationTable& table,
                      const std::vector<const OXMObject*>& excluded);
+    // Casts rays only through the box of the drawn voxels (all without a mask).
+    void cropTo(const std::uint8_t* drawn);
     void updateTransferFunctions(const OXWClassificationTable& table);
     void updateExactTable(const OXWClassificationTable& table);
     void setExactScale(double scale);

@@ -138,9 +138,9 @@ struct DragFixture
         volume = OXMVolumeRenderObject::create(OXMScenePhantom::createGrid16(256), "Phantom");
         static_cast<OXMScene*>(sceneHold.get())->addVolume(volume);
         volume->getHistogram()->execute(OXM::Calculate);
+        handles = wave(1000, 0.0f, 4000.0f, 0.0f);
         if (region)
             addRegion();
-        handles = wave(1000, 0.0f, 4000.0f, 0.0f);
         view = std::make_unique<OXWVolumeView>();
         view->resize(800, 600);
         view->show();
@@ -148,7 +148,8 @@ struct DragFixture
         view->pipeline().useHardware(hardware);
         view->setObject(volume);
     }
-    // A region of the lower half of the voxels, with a classification of its own.
+    // A region of the lower half of the voxels, with a classification of its own whose
+    // opacity is the volume's in the drag.
     void addRegion()
     {
         const long long n = volume->getSampleGrid()->getVoxelCount();
@@ -159,6 +160,7 @@ struct DragFixture
         volume->appendLink(OXM::RegionOfInterestList, OXMObjectLink(roi));
         roi->execute(OXM::Init);
         roi->getHistogram()->execute(OXM::Calculate);
+        roi->getMaterial()->getChannel(OXM::Opacity)->setCurve(handles);
     }
     // One step of a drag: one handle moved, written, the view updated and its frame finished.
     void step(int i)
