@@ -95,34 +95,51 @@ std::vector<std::uint8_t> drawnVoxels(const OXMRegionOfInterest* region,
     return drawn;
 }
 
-// The GPU ray caster's exact lookup: the table is 1024 texels wide; entry v is grey value v,
-// entry 65 536 + m the gradient factor at magnitude m. OXW_SCALE turns the normalised texture
-// value (VTK's scale and bias undone) into the grey value.
+// The GPU ray caster's exact lookup: the table is 1024 texels wide and holds blocks of 65 536
+// entries: entry v of block 0 is the classification of grey value v, entry m of block 1 the
+// gradient factor at magnitude m (in its alpha), entry v of blocks 2 and 3 the ambient and the
+// diffuse colour of v. OXW_SCALE turns the normalised texture value (VTK's scale and bias
+// undone) into the grey value. Lit (oxwLit), the colour is Ka·ambient + Kd·(N·L)·diffuse plus
+// the highlight: VTK's lighting of the diffuse colour, its ambient term moved to the ambient
+// colour.
 constexpr int ExactTableWidth = 1024;
 constexpr int ExactEntries = 65536;
+enum ExactBlock
+{
+    Classification = 0,
+    GradientFactor = 1,
+    Ambient = 2,
+    Diffuse = 3,
+    ExactBlocks = 4,
+};
 const char* const ExactOpacityCode = R"(
 vec4 oxwEntry(int k)
 {
   return texelFetch(in_transfer2D_0[0], ivec2(k % 1024, k / 1024), 0);
 }
-vec4 oxwLookup(vec4 scalar)
+vec4 oxwLookup(vec4 scalar, int block)
 {
   float raw = (scalar.a - in_volume_bias[0].r) / in_volume_scale[0].r;
   int v = int(floor(raw * OXW_SCALE + 0.5));
-  return v < 0 || v >= 65536 ? vec4(0.0) : oxwEntry(v);
+  return v < 0 || v >= 65536 ? vec4(0.0) : oxwEntry(block * 65536 + v);
 }
 float computeOpacity(vec4 scalar)
 {
   float range = in_scalarsRange[0][1] - in_scalarsRange[0][0];
   int m = int(floor(g_gradients_0[0].w * 0.25 * range + 0.5));
-  float a = oxwLookup(scalar).a * oxwEntry(65536 + clamp(m, 0, 65535)).a;
+  float a = oxwLookup(scalar, 0).a * oxwEntry(65536 + clamp(m, 0, 65535)).a;
   return 1.0 - pow(max(1.0 - a, 0.0), oxwOpacityExponent);
 }
 )";
 const char* const ExactColourCode = R"(
 vec4 computeColor(vec4 scalar, float opacity)
 {
-  return computeLighting(vec4(oxwLookup(scalar).rgb, opacity), 0, 0.0);
+  if (oxwLit < 0.5)
+    return computeLighting(vec4(oxwLookup(scalar, 0).rgb, opacity), 0, 0.0);
+  vec3 diffuse = oxwLookup(scalar, 3).rgb;
+  vec4 lit = computeLighting(vec4(diffuse, opacity), 0, 0.0);
+  lit.rgb += in_ambient[0] * (oxwLookup(scalar, 2).rgb - diffuse);
+  return lit;
 }
 )";
 
@@ -344,16 +361,26 @@ void OXWVolumePipeline::updateExactTable(const OXWClassificationTable& table)
         return;
     auto* entries =
         static_cast<float*>(mExactTable->GetPointData()->GetScalars()->GetVoidPointer(0));
-    std::fill(entries, entries + std::size_t(2 * ExactEntries) * 4, 0.0f);
+    const auto block = [entries](int b) { return entries + std::size_t(b) * ExactEntries * 4; };
+    std::fill(entries, block(ExactBlocks), 0.0f);
+    const std::size_t first = std::size_t(std::max(0, table.getFirstBin()));
+    const std::size_t count =
+        std::min(std::size_t(table.getBinCount()), std::size_t(ExactEntries) - first);
     const std::vector<float>& rgba = table.getRGBA();
-    const std::size_t first = std::size_t(std::max(0, table.getFirstBin())) * 4;
-    const std::size_t count = std::min(rgba.size(), std::size_t(ExactEntries) * 4 - first);
-    std::copy(rgba.begin(), rgba.begin() + std::ptrdiff_t(count), entries + first);
-    for (std::size_t i = 0; mStyle.grey && i < count; i += 4)
-        std::fill(entries + first + i, entries + first + i + 3, 1.0f);
-    // The gradient factor in the alpha of the second block, 1 beyond the channel's entries.
+    std::copy(rgba.begin(), rgba.begin() + std::ptrdiff_t(count * 4),
+              block(Classification) + first * 4);
+    for (std::size_t i = 0; mStyle.grey && i < count; ++i)
+        std::fill(block(Classification) + (first + i) * 4,
+                  block(Classification) + (first + i) * 4 + 3, 1.0f);
+    for (int c = 0; c < 6; ++c) {
+        const std::vector<float>& channel = table.getColourChannel(c);
+        float* out = block(c < 3 ? Ambient : Diffuse) + first * 4 + c % 3;
+        for (std::size_t i = 0; i < count; ++i)
+            out[i * 4] = channel[i];
+    }
+    // The gradient factor, 1 beyond the channel's entries.
     const std::vector<float>& g = table.getGradientOpacity();
-    float* factor = entries + std::size_t(ExactEntries) * 4 + 3;
+    float* factor = block(GradientFactor) + 3;
     for (std::size_t m = 0; m < std::size_t(ExactEntries); ++m)
         factor[m * 4] = g.empty() ? 1.0f : g[std::min(m, g.size() - 1)];
     mExactTable->Modified();
@@ -401,6 +428,8 @@ void OXWVolumePipeline::updateLighting(const OXWClassificationTable& table,
     const OXWClassificationTable::Lighting& l = table.getLighting();
     const float* c = l.specularColour;
     mProperty->SetShade(style.shaded ? 1 : 0);
+    mVolume->GetShaderProperty()->GetFragmentCustomUniforms()->SetUniformf(
+        "oxwLit", style.shaded ? 1.0f : 0.0f);
     mProperty->SetAmbient(l.ambient);
     mProperty->SetDiffuse(l.diffuse);
     // The highlight's colour is the light's (the view's headlight takes the material's).

@@ -40,9 +40,11 @@ class vtkVolumeProperty;
 // Exact per grey value: the CPU ray caster's tables span the data's range (one entry per grey
 // value while it holds at most 32 768 of them, every second one beyond). The GPU ray caster
 // reads unsigned 8- and 16-bit data through a 1024 × 1024 table of RGBA floats, entry v for
-// grey value v (the gradient channel's factor for magnitude m at 65 536 + m), fetched texel by
-// texel (the interpolated voxel value rounded to a grey value) by shader code of our own in
-// place of VTK's lookup; other data go through VTK's own transfer-function textures.
+// grey value v (and the gradient factor, the ambient and the diffuse colour in blocks of their
+// own), fetched texel by texel (the interpolated voxel value rounded to a grey value) by shader
+// code of our own in place of VTK's lookup; lit, it lights the ambient and the diffuse colour
+// apart, as the material says. Other data go through VTK's own transfer-function textures,
+// and VTK's own lighting of the table's one colour (exact where the light falls straight on).
 //
 // A volume with regions of interest is drawn by one pipeline per object: the volume's leaves
 // out the voxels of its regions (excluded), each region's shows only its own voxels. All of

@@ -351,6 +351,27 @@ TEST_F(VolumeView, ThePlacementMovesAndTurnsTheVolume)
     EXPECT_LT(differing, 160 * 160 / 100);
 }
 
+// A red ambient and a blue diffuse colour, lit: the ball's rim, which the light grazes, shows
+// red on the GPU ray caster, which lights the two apart; the CPU ray caster lights their
+// weighted mean (purple) alike everywhere.
+TEST_F(VolumeView, AmbientAndDiffuseColoursAreLitApartOnTheGpuPath)
+{
+    show(ballInCube);
+    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
+    const Handles one = {{100.0f, 1.0f}, {200.0f, 1.0f}}, zero = {{100.0f, 0.0f}, {200.0f, 0.0f}};
+    for (OXMenum c : {OXM::AmbientGreen, OXM::AmbientBlue, OXM::DiffuseRed, OXM::DiffuseGreen})
+        curve(c, zero);
+    curve(OXM::AmbientRed, one);
+    curve(OXM::DiffuseBlue, one);
+    ASSERT_TRUE(material()->getChannel(OXM::SpecularIntensity)->setValue(OXM::Scale, 0.0f));
+    ASSERT_TRUE(material()->getChannel(OXM::AmbientIntensity)->setValue(OXM::Scale, 0.5f));
+    ASSERT_TRUE(material()->getChannel(OXM::DiffuseIntensity)->setValue(OXM::Scale, 0.5f));
+    for (bool hardware : {false, true}) {
+        view.pipeline().useHardware(hardware);
+        EXPECT_EQ(count(frame(), reddish) > 20, hardware);
+    }
+}
+
 // A white surface with a red highlight: the highlight shows red, with a white one it does not.
 TEST_F(VolumeView, TheSpecularColourShowsInTheHighlight)
 {
