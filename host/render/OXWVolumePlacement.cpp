@@ -8,17 +8,12 @@
 
 #include <utility>
 
-namespace {
-
-// The volume of a region (the owner of its parent link), else the object itself.
-const OXMObject* volumeOf(const OXMObject* object)
+OXMObject* OXWVolumePlacement::volumeOf(const OXMObject* object)
 {
     if (object && object->isRoleActive(OXM::RegionOfInterest))
         return object->getParentLink().getOwner();
-    return object;
+    return const_cast<OXMObject*>(object);
 }
-
-} // namespace
 
 OXWVolumePlacement::Matrix OXWVolumePlacement::identity()
 {

@@ -21,6 +21,8 @@ public:
     // The placement of the object (a volume, or a region: its volume's); the transform read is
     // appended to sources.
     static Matrix read(const OXMObject* object, std::vector<OXMObject*>* sources = nullptr);
+    // The volume of a region (the owner of its parent link), else the object itself.
+    static OXMObject* volumeOf(const OXMObject* object);
     // The transform object of the object's volume, null when there is none.
     static OXMObject* findTransform(const OXMObject* object);
     // The direction d (a vector of the volume's axes) as it points in the scene.

@@ -29,15 +29,6 @@
 
 namespace {
 
-OXMObject* firstLink(const OXMObject* object, OXMenum list)
-{
-    auto* p = OXMValueArrayPropertyIF<OXMObjectLink>::getInterface(
-        object ? object->getProperty(list) : nullptr);
-    if (!p || p->getArraySize() == 0)
-        return nullptr;
-    return p->getArray().front().getLink();
-}
-
 // Whether the renderer string names a software OpenGL; the environment can decide instead.
 bool softwareRenderer(const char* renderer)
 {
@@ -60,12 +51,10 @@ std::vector<OXMObject*> allLinks(const OXMObject* object, OXMenum list)
     return objects;
 }
 
-// The volume shown for the object: a region's volume, else the object.
-OXMObject* volumeOf(OXMObject* object)
+OXMObject* firstLink(const OXMObject* object, OXMenum list)
 {
-    if (object && object->isRoleActive(OXM::RegionOfInterest))
-        return object->getParentLink().getOwner();
-    return object;
+    const std::vector<OXMObject*> objects = allLinks(object, list);
+    return objects.empty() ? nullptr : objects.front();
 }
 
 OXMVector3<float> toVector(const double v[3])
@@ -189,7 +178,7 @@ void OXWVolumeView::scheduleUpdate()
 void OXWVolumeView::updateNow()
 {
     mUpdateTimer.stop();
-    OXMObject* object = volumeOf(mObject.get());
+    OXMObject* object = OXWVolumePlacement::volumeOf(mObject.get());
     mTable.build(object);
     std::vector<OXMObject*> sources = mTable.getSources();
     mStyle = OXWRenderStyle::read(object, &sources);
