@@ -47,6 +47,7 @@ bool place(OXMVolumeRenderObject* volume, const std::vector<float>& orientation)
     OXWImportRenderer::apply(volume, dynamic_cast<OXMScene*>(manager->getScene()));
     auto* placement = new OXMVolumeTransform;
     OXMObjectPtr hold(placement);
+    placement->keepInPlace(*volume);
     if (orientation.size() == 16)
         placement->setValue(OXM::TransformMatrix, orientation);
     OXMObjectLink link(volume, placement);

@@ -86,6 +86,9 @@ public:
     const Lighting& getLighting() const { return mLighting; }
     // The material's transparency scale (already in every alpha), for surfaces.
     float getTransparency() const { return mTransparency; }
+    // The ambient (0 red, 1 green, 2 blue) and the diffuse colour (3, 4, 5) per bin, 0..1, for
+    // renderers that light them apart; as the last build left them.
+    const std::vector<float>& getColourChannel(int index) const { return mCurves[index + 1]; }
     // The gradient channel per bin (a factor of the opacity as a function of the gradient's
     // magnitude, in grey values per voxel, read at first + magnitude); empty while the channel
     // is 1 everywhere, as it is by default.

@@ -2,10 +2,12 @@
 
 #include <OXMIOC.h>
 #include <OXMObject.h>
+#include <OXMObjectLink.h>
 #include <OXMRegionOfInterest.h>
 #include <OXMSampleGrid.h>
 #include <OXMSampleLoops.h>
 #include <OXMTypeInfo.h>
+#include <OXMValueArrayPropertyIF.h>
 #include <OXMVector3.h>
 
 #include <QEvent>
@@ -68,9 +70,12 @@ int planeSize(OXWSliceView::Plane plane, const OXMVector3<int>& d)
     return plane == OXWSliceView::Axial ? d.z : plane == OXWSliceView::Coronal ? d.y : d.x;
 }
 
+// Fills the slice's pixels from the voxels and the table; the voxels outside the mask are black,
+// or keep their pixel when overlay is set.
 template <typename T>
 void fillSlice(QImage& image, const SliceGeometry& g, const std::uint8_t* data, int components,
-               int component, const std::uint8_t* mask, const OXWClassificationTable& lookup)
+               int component, const std::uint8_t* mask, const OXWClassificationTable& lookup,
+               bool overlay = false)
 {
     const T* samples = reinterpret_cast<const T*>(data);
     for (int v = 0; v < g.height; ++v) {
@@ -78,6 +83,8 @@ void fillSlice(QImage& image, const SliceGeometry& g, const std::uint8_t* data, 
         long long index = g.origin + g.stepV * v;
         for (int u = 0; u < g.width; ++u, index += g.stepU) {
             QRgb entry = 0;
+            if (overlay && !mask[index])
+                continue;
             if (!mask || mask[index]) {
                 const T value = samples[index * components + component];
                 if constexpr (std::is_floating_point<T>::value)
@@ -145,6 +152,7 @@ void OXWSliceView::recompute()
     mClassification.build(object);
     std::vector<OXMObject*> sources = mClassification.getSources();
     sources.push_back(object);
+    readRegions(object, sources);
     mWatch.watch(sources);
     buildSlices();
     mComposedValid = false;
@@ -206,6 +214,22 @@ void OXWSliceView::buildSlices()
     }
 }
 
+void OXWSliceView::readRegions(const OXMObject* object, std::vector<OXMObject*>& sources)
+{
+    auto* list = OXMValueArrayPropertyIF<OXMObjectLink>::getInterface(
+        object && !object->isRoleActive(OXM::RegionOfInterest)
+            ? object->getProperty(OXM::RegionOfInterestList)
+            : nullptr);
+    const std::vector<OXMObjectLink> links = list ? list->getArray() : std::vector<OXMObjectLink>();
+    mRegions.resize(links.size());
+    for (std::size_t i = 0; i < links.size(); ++i) {
+        mRegions[i].object = links[i].getLink();
+        mRegions[i].table.build(links[i].getLink());
+        sources.insert(sources.end(), mRegions[i].table.getSources().begin(),
+                       mRegions[i].table.getSources().end());
+    }
+}
+
 bool OXWSliceView::buildSlice(Plane plane)
 {
     auto* grid = dynamic_cast<const OXMSampleGrid*>(mClassification.getGrid());
@@ -235,6 +259,14 @@ bool OXWSliceView::buildSlice(Plane plane)
     if (!OXMSampleLoops::forComponentType(channel->getDataType(), [&](auto sample) {
             fillSlice<decltype(sample)>(image, g, data, components, component, mask,
                                         mClassification);
+            // A volume's regions: their voxels with their classification.
+            for (const Region& r : mRegions) {
+                auto* region = dynamic_cast<const OXMRegionOfInterest*>(r.object.get());
+                if (region && r.table.isValid() && r.table.getGrid() == grid &&
+                    (long long)region->getMask().size() == voxels)
+                    fillSlice<decltype(sample)>(image, g, data, components, r.table.getComponent(),
+                                                region->getMask().data(), r.table, true);
+            }
         }))
         image.fill(Qt::black);
     mSlices[plane] = image;

@@ -17,12 +17,14 @@
 #include <vector>
 
 class OXMObject;
+class OXMRegionOfInterest;
 
 // An axial, a coronal and a sagittal slice of one volume, side by side under the captions
 // "Axial", "Coronal" and "Sagittal" with the slice's number. Every pixel is the
 // classification's colour of its voxel over black (OXWClassificationTable); a region of
 // interest shows its volume's voxels with the region's classification, voxels outside the
-// region black. Each slice is scaled to fit its third of the widget, keeping the aspect of
+// region black; a volume shows the voxels of its regions with their classification, as the 3D
+// view does. Each slice is scaled to fit its third of the widget, keeping the aspect of
 // its physical size (voxel spacing).
 //
 // Navigation: the mouse wheel over a slice moves through its slices (one per notch, ten with
@@ -108,7 +110,16 @@ protected:
     void mouseDoubleClickEvent(QMouseEvent* event) override;
 
 private:
+    struct Region
+    {
+        OXMObjectWeakPtr object;
+        OXWClassificationTable table;
+    };
+
     void scheduleRecompute();
+    // The regions of a volume (none for a region) and their tables; the objects read are
+    // appended to sources.
+    void readRegions(const OXMObject* object, std::vector<OXMObject*>& sources);
     void buildSlices();
     // Fills the picture of one plane at its slice index; false without memory.
     bool buildSlice(Plane plane);
@@ -121,6 +132,7 @@ private:
     OXWObjectWatch mWatch;
     OXMObjectWeakPtr mObject;
     OXWClassificationTable mClassification;
+    std::vector<Region> mRegions;
     std::array<QImage, 3> mSlices;
     std::array<QSizeF, 3> mPhysicalSizes;
     std::array<int, 3> mSliceIndex = {{0, 0, 0}};

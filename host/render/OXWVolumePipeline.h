@@ -1,6 +1,7 @@
 #pragma once
 
 #include "OXWRenderStyle.h"
+#include "OXWVolumePlacement.h"
 
 #include <vtkSmartPointer.h>
 
@@ -16,10 +17,12 @@ class vtkFixedPointVolumeRayCastMapper;
 class vtkFlyingEdges3D;
 class vtkGPUVolumeRayCastMapper;
 class vtkImageData;
+class vtkMatrix4x4;
 class vtkPiecewiseFunction;
 class vtkPolyDataMapper;
 class vtkRenderer;
 class vtkVolume;
+class vtkVolumeMapper;
 class vtkVolumeProperty;
 
 // The VTK side of drawing one volume or region in a renderer: the voxels as an image (the
@@ -34,8 +37,21 @@ class vtkVolumeProperty;
 // number of rays to reach about 12 frames per second, with half the samples along each;
 // otherwise they cast one ray per pixel at the full sampling distance.
 //
-// update() rebuilds only what changed: the image when the grid, its data or the region's mask
-// changed, the transfer functions when the table changed, the method when the style changed.
+// Exact per grey value: the CPU ray caster's tables span the data's range (one entry per grey
+// value while it holds at most 32 768 of them, every second one beyond). The GPU ray caster
+// reads unsigned 8- and 16-bit data through a 1024 × 1024 table of RGBA floats, entry v for
+// grey value v (and the gradient factor, the ambient and the diffuse colour in blocks of their
+// own), fetched texel by texel (the interpolated voxel value rounded to a grey value) by shader
+// code of our own in place of VTK's lookup; lit, it lights the ambient and the diffuse colour
+// apart, as the material says. Other data go through VTK's own transfer-function textures,
+// and VTK's own lighting of the table's one colour (exact where the light falls straight on).
+//
+// A volume with regions of interest is drawn by one pipeline per object: the volume's leaves
+// out the voxels of its regions (excluded), each region's shows only its own voxels. All of
+// them take the volume's placement (setPlacement).
+//
+// update() rebuilds only what changed: the image when the grid, its data or the masks changed,
+// the transfer functions when the table changed, the method when the style changed.
 class OXWVolumePipeline
 {
 public:
@@ -47,7 +63,8 @@ public:
     // Shows the object as the table and the style say; false, and nothing is shown, when the
     // table is not valid or the voxels cannot be imported.
     bool update(const OXMObject* object, const OXWClassificationTable& table,
-                const OXWRenderStyle& style);
+                const OXWRenderStyle& style, const std::vector<const OXMObject*>& excluded = {});
+    void setPlacement(const OXWVolumePlacement::Matrix& placement);
     void clear();
     bool isShowing() const { return mShowing; }
 
@@ -55,6 +72,8 @@ public:
     bool usesHardware() const { return mHardware; }
     void setInteractive(bool interactive);
     bool isInteractive() const { return mInteractive; }
+    // Whether the GPU ray caster reads the table exactly per grey value (see above).
+    bool isExactOnHardware() const { return mExactScale > 0.0; }
 
     // The world bounds of what is shown; false when nothing is.
     bool getBounds(double bounds[6]) const;
@@ -73,18 +92,25 @@ private:
         const void* data = nullptr;
         int dataVersion = -1;
         int maskVersion = -1;
+        std::vector<int> excludedVersions;
         int component = 0;
         double outside = 0.0;
         bool operator==(const ImageKey& o) const;
     };
 
-    bool updateImage(const OXMObject* object, const OXWClassificationTable& table);
+    bool updateImage(const OXMObject* object, const OXWClassificationTable& table,
+                     const std::vector<const OXMObject*>& excluded);
+    // Casts rays only through the box of the drawn voxels (all without a mask).
+    void cropTo(const std::uint8_t* drawn);
     void updateTransferFunctions(const OXWClassificationTable& table);
+    void updateExactTable(const OXWClassificationTable& table);
+    void setExactScale(double scale);
     void updateGradientOpacity(const OXWClassificationTable& table);
     void updateLighting(const OXWClassificationTable& table, const OXWRenderStyle& style);
     void updateMethod(const OXWRenderStyle& style, const OXWClassificationTable& table);
     void updateSurface(const OXWRenderStyle& style, const OXWClassificationTable& table);
     void applyQuality();
+    vtkVolumeMapper* rayCaster() const;
 
     vtkRenderer* mRenderer;
     vtkSmartPointer<vtkImageData> mImage;
@@ -92,6 +118,8 @@ private:
     vtkSmartPointer<vtkPiecewiseFunction> mGradient;
     vtkSmartPointer<vtkColorTransferFunction> mColour;
     vtkSmartPointer<vtkVolumeProperty> mProperty;
+    vtkSmartPointer<vtkImageData> mExactTable;
+    vtkSmartPointer<vtkMatrix4x4> mPlacement;
     vtkSmartPointer<vtkFixedPointVolumeRayCastMapper> mSoftware;
     vtkSmartPointer<vtkGPUVolumeRayCastMapper> mGPU;
     vtkSmartPointer<vtkVolume> mVolume;
@@ -104,6 +132,10 @@ private:
     OXWRenderStyle mStyle;
     std::vector<double> mScratch;
     double mMinSpacing = 1.0;
+    // The factor from the GPU's normalised voxel value to the grey value (65535 for unsigned
+    // 16-bit data, 255 for 8-bit) while the exact table is in use, else 0.
+    double mExactScale = 0.0;
+    int mDataType = -1;
     bool mShowing = false;
     bool mHardware = false;
     bool mInteractive = false;

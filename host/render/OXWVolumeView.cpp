@@ -17,6 +17,7 @@
 #include <vtkCamera.h>
 #include <vtkGenericOpenGLRenderWindow.h>
 #include <vtkInteractorStyleTrackballCamera.h>
+#include <vtkLight.h>
 #include <vtkNew.h>
 #include <vtkRenderWindowInteractor.h>
 #include <vtkRenderer.h>
@@ -28,15 +29,6 @@
 
 namespace {
 
-OXMObject* firstLink(const OXMObject* object, OXMenum list)
-{
-    auto* p = OXMValueArrayPropertyIF<OXMObjectLink>::getInterface(
-        object ? object->getProperty(list) : nullptr);
-    if (!p || p->getArraySize() == 0)
-        return nullptr;
-    return p->getArray().front().getLink();
-}
-
 // Whether the renderer string names a software OpenGL; the environment can decide instead.
 bool softwareRenderer(const char* renderer)
 {
@@ -46,6 +38,23 @@ bool softwareRenderer(const char* renderer)
     const QByteArray name = QByteArray(renderer ? renderer : "").toLower();
     return name.isEmpty() || name.contains("llvmpipe") || name.contains("softpipe") ||
            name.contains("software");
+}
+
+std::vector<OXMObject*> allLinks(const OXMObject* object, OXMenum list)
+{
+    auto* p = OXMValueArrayPropertyIF<OXMObjectLink>::getInterface(
+        object ? object->getProperty(list) : nullptr);
+    std::vector<OXMObject*> objects;
+    for (const OXMObjectLink& link : p ? p->getArray() : std::vector<OXMObjectLink>())
+        if (link.getLink())
+            objects.push_back(link.getLink());
+    return objects;
+}
+
+OXMObject* firstLink(const OXMObject* object, OXMenum list)
+{
+    const std::vector<OXMObject*> objects = allLinks(object, list);
+    return objects.empty() ? nullptr : objects.front();
 }
 
 OXMVector3<float> toVector(const double v[3])
@@ -70,6 +79,10 @@ OXWVolumeView::OXWVolumeView(QWidget* parent)
     mRenderer->SetBackground(0.02, 0.02, 0.03);
     mRenderer->SetBackground2(0.16, 0.17, 0.2);
     mRenderWindow->AddRenderer(mRenderer);
+    vtkNew<vtkLight> light;
+    mLight = light;
+    mLight->SetLightTypeToHeadlight();
+    mRenderer->AddLight(mLight);
     vtkNew<vtkTextActor> text;
     mText = text;
     mText->GetTextProperty()->SetFontSize(16);
@@ -106,6 +119,7 @@ OXWVolumeView::~OXWVolumeView()
 {
     mWatch.clear();
     mCameraWatch.clear();
+    mRegions.clear();
     mPipeline.reset();
 }
 
@@ -116,7 +130,9 @@ QSize OXWVolumeView::sizeHint() const
 
 bool OXWVolumeView::isShowing() const
 {
-    return mPipeline->isShowing();
+    return mPipeline->isShowing() ||
+           std::any_of(mRegions.begin(), mRegions.end(),
+                       [](const Region& r) { return r.pipeline->isShowing(); });
 }
 
 bool OXWVolumeView::usesHardwareRayCasting() const
@@ -131,7 +147,18 @@ void OXWVolumeView::initializeGL()
     const auto* name =
         context ? reinterpret_cast<const char*>(context->functions()->glGetString(GL_RENDERER))
                 : nullptr;
-    mPipeline->useHardware(!softwareRenderer(name));
+    const bool hardware = !softwareRenderer(name);
+    forEachPipeline([hardware](OXWVolumePipeline& p) { p.useHardware(hardware); });
+    // The GPU ray caster's exact table is filled by an update.
+    if (hardware && isShowing())
+        scheduleUpdate();
+}
+
+void OXWVolumeView::forEachPipeline(const std::function<void(OXWVolumePipeline&)>& apply)
+{
+    apply(*mPipeline);
+    for (Region& region : mRegions)
+        apply(*region.pipeline);
 }
 
 void OXWVolumeView::setObject(OXMObject* object)
@@ -151,11 +178,13 @@ void OXWVolumeView::scheduleUpdate()
 void OXWVolumeView::updateNow()
 {
     mUpdateTimer.stop();
-    OXMObject* object = mObject.get();
+    OXMObject* object = OXWVolumePlacement::volumeOf(mObject.get());
     mTable.build(object);
     std::vector<OXMObject*> sources = mTable.getSources();
     mStyle = OXWRenderStyle::read(object, &sources);
     sources.push_back(object);
+    mPlacement = OXWVolumePlacement::read(object, &sources);
+    const std::vector<const OXMObject*> regions = readRegions(object, sources);
     mWatch.watch(sources);
     OXMObject* camera = findCamera();
     if (camera != mCamera.get())
@@ -163,7 +192,15 @@ void OXWVolumeView::updateNow()
     mCamera = camera;
     mCameraWatch.watch({camera});
 
-    if (mPipeline->update(object, mTable, mStyle)) {
+    const float* highlight = mTable.getLighting().specularColour;
+    mLight->SetSpecularColor(highlight[0], highlight[1], highlight[2]);
+    mPipeline->setPlacement(mPlacement);
+    const bool shown = mPipeline->update(object, mTable, mStyle, regions);
+    for (Region& region : mRegions) {
+        region.pipeline->setPlacement(mPlacement);
+        region.pipeline->update(region.object, region.table, region.style);
+    }
+    if (shown || !regions.empty()) {
         mEmptyText.clear();
     } else {
         mEmptyText = !object            ? tr("No volume selected")
@@ -176,6 +213,31 @@ void OXWVolumeView::updateNow()
     render(isInteractionGoing());
 }
 
+std::vector<const OXMObject*> OXWVolumeView::readRegions(const OXMObject* volume,
+                                                         std::vector<OXMObject*>& sources)
+{
+    const std::vector<OXMObject*> objects = allLinks(volume, OXM::RegionOfInterestList);
+    while (mRegions.size() > objects.size())
+        mRegions.pop_back();
+    while (mRegions.size() < objects.size()) {
+        mRegions.emplace_back();
+        mRegions.back().pipeline = std::make_unique<OXWVolumePipeline>(mRenderer);
+        mRegions.back().pipeline->useHardware(mPipeline->usesHardware());
+    }
+    std::vector<const OXMObject*> drawn;
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        Region& region = mRegions[i];
+        region.object = objects[i];
+        region.table.build(objects[i]);
+        sources.insert(sources.end(), region.table.getSources().begin(),
+                       region.table.getSources().end());
+        region.style = OXWRenderStyle::read(objects[i], &sources);
+        if (region.table.isValid())
+            drawn.push_back(objects[i]);
+    }
+    return drawn;
+}
+
 bool OXWVolumeView::isInteractionGoing() const
 {
     const OXWApplication* app = OXMSingleton<OXWApplication>::getInstance();
@@ -184,7 +246,7 @@ bool OXWVolumeView::isInteractionGoing() const
 
 void OXWVolumeView::render(bool interactive)
 {
-    mPipeline->setInteractive(interactive);
+    forEachPipeline([interactive](OXWVolumePipeline& p) { p.setInteractive(interactive); });
     mRenderWindow->Render();
     ++mRenderCount;
     if (interactive)
@@ -206,7 +268,7 @@ void OXWVolumeView::refine()
 void OXWVolumeView::startInteraction()
 {
     mInteracting = true;
-    mPipeline->setInteractive(true);
+    forEachPipeline([](OXWVolumePipeline& p) { p.setInteractive(true); });
 }
 
 void OXWVolumeView::endInteraction()
@@ -294,10 +356,13 @@ void OXWVolumeView::resetCamera()
     if (!mPipeline->getBounds(bounds))
         return;
     vtkCamera* c = mRenderer->GetActiveCamera();
-    // Looking at the patient's front: the view from -y, z up.
+    // Looking at the volume's front as the coronal slice shows it: from its -y axis, its z axis
+    // up, wherever its placement turns them.
+    const std::array<double, 3> front = OXWVolumePlacement::direction(mPlacement, {{0, 1, 0}});
+    const std::array<double, 3> up = OXWVolumePlacement::direction(mPlacement, {{0, 0, 1}});
     c->SetFocalPoint(0.0, 0.0, 0.0);
-    c->SetPosition(0.0, -1.0, 0.0);
-    c->SetViewUp(0.0, 0.0, 1.0);
+    c->SetPosition(-front[0], -front[1], -front[2]);
+    c->SetViewUp(up[0], up[1], up[2]);
     mRenderer->ResetCamera(bounds);
     std::copy(bounds, bounds + 6, mFramedBounds.begin());
     mCameraPlaced = true;

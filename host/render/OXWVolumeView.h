@@ -3,6 +3,7 @@
 #include "OXWClassificationTable.h"
 #include "OXWObjectWatch.h"
 #include "OXWRenderStyle.h"
+#include "OXWVolumePlacement.h"
 
 #include <OXMObjectWeakPtr.h>
 
@@ -12,18 +13,25 @@
 #include <QVTKOpenGLNativeWidget.h>
 
 #include <array>
+#include <functional>
 #include <memory>
+#include <vector>
 
 class OXWVolumePipeline;
 class vtkCamera;
 class vtkGenericOpenGLRenderWindow;
+class vtkLight;
 class vtkRenderer;
 class vtkTextActor;
 
-// The 3D view: one volume or region of interest rendered with its classification
-// (OXWClassificationTable) in the way its render plug-in says (OXWRenderStyle), through VTK
-// (OXWVolumePipeline). The mouse rotates (left), pans (middle, or Shift + left) and zooms
-// (right, wheel); "r" or resetCamera() shows the whole object again.
+// The 3D view: one volume with its regions of interest, each rendered with its own
+// classification (OXWClassificationTable) in the way its render plug-in says (OXWRenderStyle),
+// through VTK (OXWVolumePipeline): a region's voxels are drawn with the region's classification,
+// the volume's other voxels with the volume's. Selecting a region shows its volume so. The
+// volume lies in the scene as its placement says (OXWVolumePlacement); the headlight's highlight
+// has the volume's specular colour (a region's own specular colour is not shown). The mouse rotates
+// (left), pans (middle, or Shift + left) and zooms (right, wheel); "r" or resetCamera() shows the
+// whole object again.
 //
 // Following the scene: the view listens to the object, everything its table and style are
 // read from and the scene's camera. Any message schedules one update on a zero-delay
@@ -52,7 +60,8 @@ public:
     explicit OXWVolumeView(QWidget* parent = nullptr);
     ~OXWVolumeView() override;
 
-    // Shows the object (a volume or a region of interest); null shows the empty state.
+    // Shows the object's volume (the object or a region's volume) with its regions; null shows
+    // the empty state.
     void setObject(OXMObject* object);
     OXMObject* getObject() const { return mObject.get(); }
 
@@ -62,6 +71,12 @@ public:
     const OXWClassificationTable& getClassification() const { return mTable; }
     const OXWRenderStyle& getStyle() const { return mStyle; }
     OXWVolumePipeline& pipeline() const { return *mPipeline; }
+    // The pipelines of the volume's regions of interest, in the order of its list.
+    int getRegionCount() const { return int(mRegions.size()); }
+    OXWVolumePipeline& regionPipeline(int index) const
+    {
+        return *mRegions[std::size_t(index)].pipeline;
+    }
     vtkRenderer* renderer() const { return mRenderer; }
     bool usesHardwareRayCasting() const;
     bool isUpdatePending() const { return mUpdateTimer.isActive(); }
@@ -88,7 +103,20 @@ protected:
     void initializeGL() override;
 
 private:
+    struct Region
+    {
+        const OXMObject* object = nullptr; // while the view updates
+        OXWClassificationTable table;
+        OXWRenderStyle style;
+        std::unique_ptr<OXWVolumePipeline> pipeline;
+    };
+
     void scheduleUpdate();
+    // Reads the regions of the volume (their tables, styles and placement); the objects read
+    // are appended to sources. Returns the regions that are drawn.
+    std::vector<const OXMObject*> readRegions(const OXMObject* volume,
+                                              std::vector<OXMObject*>& sources);
+    void forEachPipeline(const std::function<void(OXWVolumePipeline&)>& apply);
     void refine();
     void render(bool interactive);
     bool isInteractionGoing() const;
@@ -110,6 +138,9 @@ private:
     vtkRenderer* mRenderer = nullptr;
     vtkTextActor* mText = nullptr;
     std::unique_ptr<OXWVolumePipeline> mPipeline;
+    std::vector<Region> mRegions;
+    OXWVolumePlacement::Matrix mPlacement = OXWVolumePlacement::identity();
+    vtkLight* mLight = nullptr;
     QTimer mUpdateTimer;
     QTimer mRefineTimer;
     QTimer mCameraTimer;

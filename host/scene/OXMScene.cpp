@@ -36,9 +36,12 @@ bool OXMScene::addVolume(OXMVolumeRenderObject* volume, OXMVolumeTransform* tran
 {
     if (!volume)
         return false;
-    if (!transform)
-        transform = new OXMVolumeTransform;
     OXMObjectPtr hold(transform);
+    if (!transform) {
+        transform = new OXMVolumeTransform;
+        hold = transform;
+        transform->keepInPlace(*volume);
+    }
     if (!appendLink(OXM::VolumeRenderObjectList, OXMObjectLink(volume, transform)))
         return false;
     return volume->setValue(OXM::ScenePath, OXMObjectPath::fromObject(volume));

@@ -21,8 +21,8 @@ public:
     OXMScene(const OXMScene& other);
     OXMScene& operator=(const OXMScene& other);
 
-    // Appends the volume with its transform (a new identity transform when null) and sets
-    // the volume's OXM::ScenePath.
+    // Appends the volume with its transform (when null, a new identity transform that keeps the
+    // volume where its grid puts it) and sets the volume's OXM::ScenePath.
     bool addVolume(OXMVolumeRenderObject* volume, OXMVolumeTransform* transform = nullptr);
     OXMCamera* getCamera(int index = 0) const;
     OXMTulvoRights* getRights() const;

@@ -4,7 +4,9 @@
 //     curves (the tables VTK's mappers make);
 //   - a handle-drag step of the 3D view until its frame is finished, a 256³ 16-bit volume at
 //     800 × 600, at interactive and at full quality, against VTK's stock path: transfer
-//     functions with the handles as their points, one point moved, the same ray caster.
+//     functions with the handles as their points, one point moved, the same ray caster; on the
+//     CPU ray caster and on the GPU ray caster (the exact table against VTK's textures);
+//   - the same step with a region of interest over half the volume drawn with it.
 // Needs an X display (make bench runs it on a private Xvfb when there is none).
 
 #include <OXWClassificationTable.h>
@@ -13,6 +15,7 @@
 
 #include <OXMHistogram.h>
 #include <OXMObjectPtr.h>
+#include <OXMRegionOfInterest.h>
 #include <OXMSampleGrid.h>
 #include <OXMSampleMaterial.h>
 #include <OXMSampleTransferSpec.h>
@@ -30,6 +33,7 @@
 #include <vtkGenericOpenGLRenderWindow.h>
 #include <vtkPiecewiseFunction.h>
 #include <vtkRenderer.h>
+#include <vtkShaderProperty.h>
 #include <vtkVolume.h>
 #include <vtkVolumeProperty.h>
 
@@ -38,6 +42,7 @@
 #include <cmath>
 #include <cstdint>
 #include <memory>
+#include <string>
 #include <vector>
 
 namespace {
@@ -128,17 +133,34 @@ struct DragFixture
     Handles handles;
     bool exposed = false;
 
-    DragFixture()
+    explicit DragFixture(bool hardware = false, bool region = false)
     {
         volume = OXMVolumeRenderObject::create(OXMScenePhantom::createGrid16(256), "Phantom");
         static_cast<OXMScene*>(sceneHold.get())->addVolume(volume);
         volume->getHistogram()->execute(OXM::Calculate);
         handles = wave(1000, 0.0f, 4000.0f, 0.0f);
+        if (region)
+            addRegion();
         view = std::make_unique<OXWVolumeView>();
         view->resize(800, 600);
         view->show();
         exposed = QTest::qWaitForWindowExposed(view.get());
+        view->pipeline().useHardware(hardware);
         view->setObject(volume);
+    }
+    // A region of the lower half of the voxels, with a classification of its own whose
+    // opacity is the volume's in the drag.
+    void addRegion()
+    {
+        const long long n = volume->getSampleGrid()->getVoxelCount();
+        std::vector<std::uint8_t> mask(std::size_t(n), 0);
+        std::fill(mask.begin(), mask.begin() + n / 2, 1);
+        auto* roi = new OXMRegionOfInterest;
+        roi->setMask(mask);
+        volume->appendLink(OXM::RegionOfInterestList, OXMObjectLink(roi));
+        roi->execute(OXM::Init);
+        roi->getHistogram()->execute(OXM::Calculate);
+        roi->getMaterial()->getChannel(OXM::Opacity)->setCurve(handles);
     }
     // One step of a drag: one handle moved, written, the view updated and its frame finished.
     void step(int i)
@@ -150,10 +172,11 @@ struct DragFixture
     }
 };
 
+// Args: interactive, GPU ray caster, a region.
 void BM_DragStep(benchmark::State& state)
 {
     const bool interactive = state.range(0) != 0;
-    DragFixture f;
+    DragFixture f(state.range(1) != 0, state.range(2) != 0);
     if (!f.exposed || !f.view->isShowing()) {
         state.SkipWithError("the view shows nothing");
         return;
@@ -164,14 +187,23 @@ void BM_DragStep(benchmark::State& state)
         f.step(++i);
     if (interactive)
         f.app.userActionEnd(action);
-    state.SetLabel(interactive ? "interactive" : "full quality");
+    state.SetLabel(std::string(interactive ? "interactive" : "full quality") +
+                   (state.range(1) ? ", GPU exact table" : "") +
+                   (state.range(2) ? ", with a region" : ""));
 }
-BENCHMARK(BM_DragStep)->Arg(1)->Arg(0)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_DragStep)
+    ->Args({1, 0, 0})
+    ->Args({0, 0, 0})
+    ->Args({0, 0, 1})
+    ->Args({0, 1, 0})
+    ->Unit(benchmark::kMillisecond)
+    ->UseRealTime();
 
-// VTK's stock path: the handles as points of VTK's functions, one moved per step.
+// VTK's stock path: the handles as points of VTK's functions, one moved per step, through
+// VTK's own transfer-function textures. Arg: the GPU ray caster.
 void BM_DragStepVtkStock(benchmark::State& state)
 {
-    DragFixture f;
+    DragFixture f(state.range(0) != 0);
     vtkNew<vtkPiecewiseFunction> opacity;
     vtkNew<vtkColorTransferFunction> colour;
     for (const OXMVector2<float>& h : f.handles) {
@@ -181,6 +213,8 @@ void BM_DragStepVtkStock(benchmark::State& state)
     vtkVolumeProperty* property = f.view->pipeline().volume()->GetProperty();
     property->SetScalarOpacity(opacity);
     property->SetColor(colour);
+    property->SetTransferFunctionMode(vtkVolumeProperty::TF_1D);
+    f.view->pipeline().volume()->GetShaderProperty()->ClearAllFragmentShaderReplacements();
     int i = 0;
     for (auto _ : state) {
         opacity->AddPoint(f.handles[500].x, 0.02 * double(++i % 2));
@@ -188,7 +222,7 @@ void BM_DragStepVtkStock(benchmark::State& state)
         f.view->renderWindow()->WaitForCompletion();
     }
 }
-BENCHMARK(BM_DragStepVtkStock)->Unit(benchmark::kMillisecond)->UseRealTime();
+BENCHMARK(BM_DragStepVtkStock)->Arg(0)->Arg(1)->Unit(benchmark::kMillisecond)->UseRealTime();
 
 } // namespace
 

@@ -11,6 +11,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <utility>
 #include <vector>
 
 using namespace oxwviewtest;
@@ -46,6 +47,31 @@ struct Fixture
     int last = 0;
 
     Fixture() { volume->getSampleGrid()->getIndexRange(OXM::Gray, first, last); }
+
+    // A region of the voxels above 800 with its default classification.
+    OXMRegionOfInterest* addRegion()
+    {
+        const long long voxels = (long long)Size * Size * Size;
+        std::vector<std::uint8_t> mask(std::size_t(voxels), 0);
+        for (long long i = 0; i < voxels; ++i)
+            mask[std::size_t(i)] = samples[i] > 800 ? 1 : 0;
+        auto* roi = new OXMRegionOfInterest;
+        EXPECT_TRUE(roi->setMask(mask));
+        EXPECT_TRUE(volume->appendLink(OXM::RegionOfInterestList, OXMObjectLink(roi)));
+        EXPECT_TRUE(roi->execute(OXM::Init));
+        EXPECT_TRUE(roi->getHistogram()->execute(OXM::Calculate));
+        return roi;
+    }
+    // Pixels of the axial slice lit outside and inside the region.
+    std::pair<long long, long long> litAxial(const QImage& axial) const
+    {
+        long long outside = 0, inside = 0;
+        for (int y = 0; y < Size; ++y)
+            for (int x = 0; x < Size; ++x)
+                ((this->axial(x, y) <= 800) ? outside : inside) +=
+                    (axial.pixel(x, y) & 0x00ffffffu) != 0 ? 1 : 0;
+        return {outside, inside};
+    }
 
     // The voxel shown at pixel (x, y) of axial slice z.
     std::uint16_t axial(int x, int y, int z = Size / 2) const
@@ -221,36 +247,33 @@ TEST(OXWSliceView, RegionShowsOnlyItsVoxelsWithItsClassification)
 {
     Fixture f;
     const long long voxels = (long long)Size * Size * Size;
-    std::vector<std::uint8_t> mask(std::size_t(voxels), 0);
-    for (long long i = 0; i < voxels; ++i)
-        mask[std::size_t(i)] = f.samples[i] > 800 ? 1 : 0;
-    auto* roi = new OXMRegionOfInterest;
-    ASSERT_TRUE(roi->setMask(mask));
-    ASSERT_TRUE(f.volume->appendLink(OXM::RegionOfInterestList, OXMObjectLink(roi)));
-    ASSERT_TRUE(roi->execute(OXM::Init));
-    ASSERT_TRUE(roi->getHistogram()->execute(OXM::Calculate));
+    OXMRegionOfInterest* roi = f.addRegion();
 
     OXWSliceView view;
     view.setObject(roi);
     ASSERT_TRUE(view.hasSlices());
-    const QImage axial = view.getSliceImage(OXWSliceView::Axial);
-    long long outside = 0, insideLit = 0;
-    for (int y = 0; y < Size; ++y)
-        for (int x = 0; x < Size; ++x) {
-            const QRgb p = axial.pixel(x, y) & 0x00ffffffu;
-            if (f.axial(x, y) <= 800)
-                outside += p != 0 ? 1 : 0;
-            else
-                insideLit += p != 0 ? 1 : 0;
-        }
-    EXPECT_EQ(outside, 0);
-    EXPECT_GT(insideLit, 0);
+    const std::pair<long long, long long> lit = f.litAxial(view.getSliceImage(OXWSliceView::Axial));
+    EXPECT_EQ(lit.first, 0);
+    EXPECT_GT(lit.second, 0);
     // A change of the region's mask shows.
     const int count = view.getRecomputeCount();
     ASSERT_TRUE(roi->setMask(std::vector<std::uint8_t>(std::size_t(voxels), 0)));
     settle(view);
     EXPECT_EQ(view.getRecomputeCount(), count + 1);
     EXPECT_EQ(nonBlack(view.getSliceImage(OXWSliceView::Axial)), 0);
+}
+
+// The volume's classification transparent: its slices show the region's voxels alone.
+TEST(OXWSliceView, AVolumeShowsItsRegionsVoxelsWithTheirClassification)
+{
+    Fixture f;
+    f.addRegion();
+    ASSERT_TRUE(f.material->getChannel(OXM::Opacity)->setCurve({{0.0f, 0.0f}, {1.0f, 0.0f}}));
+    OXWSliceView view;
+    view.setObject(f.volume);
+    const std::pair<long long, long long> lit = f.litAxial(view.getSliceImage(OXWSliceView::Axial));
+    EXPECT_EQ(lit.first, 0);
+    EXPECT_GT(lit.second, 0);
 }
 
 // The wheel over a third of the view moves through that plane's slices; a right drag sets

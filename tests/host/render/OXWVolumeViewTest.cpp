@@ -4,11 +4,14 @@
 #include "OXWVolumeView.h"
 #include "OXWViewsTestSupport.h"
 #include "OXWVolumePipeline.h"
+#include "OXWVolumePlacement.h"
 
 #include <OXMCamera.h>
 #include <OXMObjectRefPtr.h>
+#include <OXMRegionOfInterest.h>
 #include <OXMScene.h>
 #include <OXMSceneNames.h>
+#include <OXMVolumeTransform.h>
 #include <OXWApplication.h>
 #include <OXWUndoStack.h>
 
@@ -66,20 +69,37 @@ protected:
         ASSERT_TRUE(view.isShowing()) << view.getEmptyText().toStdString();
     }
 
-    OXMSampleMaterial* material() const { return volume->getMaterial(); }
-    void curve(OXMenum channel, const Handles& handles)
+    // A region of the ball's voxels with its own material.
+    OXMSampleMaterial* addBallRegion()
     {
-        ASSERT_TRUE(material()->getChannel(channel)->setCurve(handles));
+        std::vector<std::uint8_t> mask;
+        for (int z = 0; z < Size; ++z)
+            for (int y = 0; y < Size; ++y)
+                for (int x = 0; x < Size; ++x)
+                    mask.push_back(ballInCube(x, y, z) == 200 ? 1 : 0);
+        auto* roi = new OXMRegionOfInterest;
+        EXPECT_TRUE(roi->setMask(mask));
+        EXPECT_TRUE(volume->appendLink(OXM::RegionOfInterestList, OXMObjectLink(roi)));
+        EXPECT_TRUE(roi->execute(OXM::Init));
+        EXPECT_TRUE(roi->getHistogram()->execute(OXM::Calculate));
+        return roi->getMaterial();
+    }
+
+    OXMSampleMaterial* material() const { return volume->getMaterial(); }
+    void curve(OXMenum channel, const Handles& handles, OXMSampleMaterial* m = nullptr)
+    {
+        ASSERT_TRUE((m ? m : material())->getChannel(channel)->setCurve(handles));
     }
     // Ambient and diffuse colour alike.
-    void colour(const Handles& red, const Handles& green, const Handles& blue)
+    void colour(const Handles& red, const Handles& green, const Handles& blue,
+                OXMSampleMaterial* m = nullptr)
     {
-        curve(OXM::AmbientRed, red);
-        curve(OXM::DiffuseRed, red);
-        curve(OXM::AmbientGreen, green);
-        curve(OXM::DiffuseGreen, green);
-        curve(OXM::AmbientBlue, blue);
-        curve(OXM::DiffuseBlue, blue);
+        for (OXMenum c : {OXM::AmbientRed, OXM::DiffuseRed})
+            curve(c, red, m);
+        for (OXMenum c : {OXM::AmbientGreen, OXM::DiffuseGreen})
+            curve(c, green, m);
+        for (OXMenum c : {OXM::AmbientBlue, OXM::DiffuseBlue})
+            curve(c, blue, m);
     }
     QImage frame()
     {
@@ -106,6 +126,10 @@ protected:
     static bool reddish(QRgb p)
     {
         return qRed(p) > 40 && 2 * qRed(p) > 3 * std::max(qGreen(p), qBlue(p));
+    }
+    static bool greenish(QRgb p)
+    {
+        return qGreen(p) > 40 && 2 * qGreen(p) > 3 * std::max(qRed(p), qBlue(p));
     }
     // Unlit rendering: the colours as the classification gives them, whatever the normals.
     void unlit()
@@ -283,3 +307,114 @@ TEST_F(VolumeView, FollowsTheScenesCamera)
                          OXMVector3<float>(position.x, position.y, position.z * 2.0f + 100.0f)));
     ASSERT_TRUE(waitFor([&] { return !view.grabImage().isNull() && view.grabImage() != front; }));
 }
+
+// The volume classifies the ball green; a region over the ball classifies it red: the ball
+// shows red only, drawn with the region's classification instead of the volume's.
+TEST_F(VolumeView, ARegionsVoxelsShowWithTheRegionsClassification)
+{
+    show(ballInCube);
+    unlit();
+    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
+    colour({{100.0f, 0.0f}, {200.0f, 0.0f}}, {{100.0f, 1.0f}, {200.0f, 1.0f}},
+           {{100.0f, 0.0f}, {200.0f, 0.0f}});
+    EXPECT_GT(count(frame(), greenish), 160 * 160 / 20);
+    OXMSampleMaterial* region = addBallRegion();
+    curve(OXM::Opacity, {{100.0f, 1.0f}, {200.0f, 1.0f}}, region);
+    colour({{100.0f, 1.0f}, {200.0f, 1.0f}}, {{100.0f, 0.0f}, {200.0f, 0.0f}},
+           {{100.0f, 0.0f}, {200.0f, 0.0f}}, region);
+    const QImage both = frame();
+    ASSERT_EQ(view.getRegionCount(), 1);
+    EXPECT_EQ(count(both, greenish), 0);
+    EXPECT_GT(count(both, reddish), 160 * 160 / 20);
+}
+
+// The placement moves the volume: its origin far aside takes it out of the picture; turned a
+// quarter about z, the reset camera shows the same front as without the turn.
+TEST_F(VolumeView, ThePlacementMovesAndTurnsTheVolume)
+{
+    show([](double x, double, double z) { return std::uint16_t(x < 8 && z > 20 ? 200 : 100); });
+    unlit();
+    curve(OXM::Opacity, {{100.0f, 0.05f}, {200.0f, 1.0f}});
+    const QImage front = frame();
+    OXMObject* placement = OXWVolumePlacement::findTransform(volume);
+    ASSERT_NE(placement, nullptr);
+    ASSERT_TRUE(placement->setValue(OXM::Origin, OXMVector3<float>(1000.0f, 0.0f, 0.0f)));
+    EXPECT_EQ(frame(), background());
+    ASSERT_TRUE(placement->setValue(
+        OXM::TransformMatrix, std::vector<float>{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
+    view.resetCamera();
+    const QImage turned = frame();
+    int differing = 0;
+    for (int y = 0; y < front.height(); ++y)
+        for (int x = 0; x < front.width(); ++x)
+            differing += std::abs(qGray(front.pixel(x, y)) - qGray(turned.pixel(x, y))) > 8;
+    EXPECT_LT(differing, 160 * 160 / 100);
+}
+
+// A red ambient and a blue diffuse colour, lit: the ball's rim, which the light grazes, shows
+// red on the GPU ray caster, which lights the two apart; the CPU ray caster lights their
+// weighted mean (purple) alike everywhere.
+TEST_F(VolumeView, AmbientAndDiffuseColoursAreLitApartOnTheGpuPath)
+{
+    show(ballInCube);
+    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
+    const Handles one = {{100.0f, 1.0f}, {200.0f, 1.0f}}, zero = {{100.0f, 0.0f}, {200.0f, 0.0f}};
+    for (OXMenum c : {OXM::AmbientGreen, OXM::AmbientBlue, OXM::DiffuseRed, OXM::DiffuseGreen})
+        curve(c, zero);
+    curve(OXM::AmbientRed, one);
+    curve(OXM::DiffuseBlue, one);
+    ASSERT_TRUE(material()->getChannel(OXM::SpecularIntensity)->setValue(OXM::Scale, 0.0f));
+    ASSERT_TRUE(material()->getChannel(OXM::AmbientIntensity)->setValue(OXM::Scale, 0.5f));
+    ASSERT_TRUE(material()->getChannel(OXM::DiffuseIntensity)->setValue(OXM::Scale, 0.5f));
+    for (bool hardware : {false, true}) {
+        view.pipeline().useHardware(hardware);
+        EXPECT_EQ(count(frame(), reddish) > 20, hardware);
+    }
+}
+
+// A white surface with a red highlight: the highlight shows red, with a white one it does not.
+TEST_F(VolumeView, TheSpecularColourShowsInTheHighlight)
+{
+    show(ballInCube);
+    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
+    ASSERT_TRUE(material()->getChannel(OXM::AmbientIntensity)->setValue(OXM::Scale, 0.0f));
+    ASSERT_TRUE(material()->getChannel(OXM::DiffuseIntensity)->setValue(OXM::Scale, 0.3f));
+    ASSERT_TRUE(material()->getChannel(OXM::SpecularIntensity)->setValue(OXM::Scale, 1.0f));
+    EXPECT_EQ(count(frame(), reddish), 0);
+    for (OXMenum c : {OXM::SpecularGreen, OXM::SpecularBlue})
+        ASSERT_TRUE(material()->getChannel(c)->setValue(OXM::Scale, 0.0f));
+    EXPECT_GT(count(frame(), reddish), 20);
+}
+
+// 16-bit data over 0 .. 65535 with a slab of one grey value v: a spike of the opacity one grey
+// value wide at v shows the slab, one at v ± 1 does not: exact on the GPU ray caster (its own
+// lookup). The CPU ray caster's table holds every second grey value over this range.
+class SpikeInFullRange : public VolumeView, public ::testing::WithParamInterface<int>
+{
+protected:
+    int slab(bool hardware, int spike)
+    {
+        view.pipeline().useHardware(hardware);
+        curve(OXM::Opacity,
+              {{float(spike - 1), 0.0f}, {float(spike), 1.0f}, {float(spike + 1), 0.0f}});
+        return count(frame(), [](QRgb p) { return qGray(p) > 100; });
+    }
+};
+
+TEST_P(SpikeInFullRange, ShowsExactlyOnTheGpuPath)
+{
+    const int v = GetParam();
+    show([v](double x, double, double) {
+        return std::uint16_t(x == 0 ? 65535 : (x >= 12 && x < 20 ? v : 0));
+    });
+    unlit();
+    const int shown = slab(true, v);
+    EXPECT_TRUE(view.pipeline().isExactOnHardware());
+    EXPECT_GT(shown, 160 * 160 / 20);
+    EXPECT_LT(slab(true, v + 1), shown / 10);
+    EXPECT_LT(slab(true, v - 1), shown / 10);
+    // The CPU ray caster's entry for v holds v - 1 as well: the spike falls between entries.
+    EXPECT_LT(slab(false, v), shown / 10);
+}
+
+INSTANTIATE_TEST_SUITE_P(Values, SpikeInFullRange, ::testing::Values(32768, 40000));
