@@ -38,13 +38,6 @@ private:
 
 namespace {
 
-std::vector<OXMObjectLink> links(const OXMObject* object, OXMenum id)
-{
-    auto* p = OXMValueArrayPropertyIF<OXMObjectLink>::getInterface(object ? object->getProperty(id)
-                                                                          : nullptr);
-    return p ? p->getArray() : std::vector<OXMObjectLink>();
-}
-
 QString nameOf(const OXMObject* object, const QString& fallback)
 {
     const char* name = nullptr;
@@ -160,12 +153,14 @@ void OXWSceneTreeView::refresh()
     mWatched.clear();
     OXMObject* scene = getScene();
     listenTo(scene);
-    for (const OXMObjectLink& v : links(scene, OXM::VolumeRenderObjectList)) {
+    for (const OXMObjectLink& v :
+         OXMObject::arrayOf<OXMObjectLink>(scene, OXM::VolumeRenderObjectList)) {
         OXMObject* volume = v.getLink();
         if (!volume)
             continue;
         QTreeWidgetItem* item = addItem(volume, nullptr);
-        for (const OXMObjectLink& r : links(volume, OXM::RegionOfInterestList))
+        for (const OXMObjectLink& r :
+             OXMObject::arrayOf<OXMObjectLink>(volume, OXM::RegionOfInterestList))
             if (OXMObject* region = r.getLink())
                 addItem(region, item);
         item->setExpanded(true);

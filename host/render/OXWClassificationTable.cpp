@@ -13,21 +13,6 @@
 
 namespace {
 
-OXMObject* linkedObject(const OXMObject* object, OXMenum id)
-{
-    if (!object)
-        return nullptr;
-    auto* p = OXMSingleValuePropertyIF<OXMObjectLink>::getInterface(object->getProperty(id));
-    return p ? p->getValue().getLink() : nullptr;
-}
-
-template <typename T>
-std::vector<T> arrayOf(const OXMObject* object, OXMenum id)
-{
-    auto* p = OXMValueArrayPropertyIF<T>::getInterface(object ? object->getProperty(id) : nullptr);
-    return p ? p->getArray() : std::vector<T>();
-}
-
 template <typename T>
 bool valueOf(const OXMObject* object, OXMenum id, T& value)
 {
@@ -63,7 +48,7 @@ struct Curve
         if (mode == OXM::Constant)
             constant = scale;
         else
-            handles = arrayOf<OXMVector2<float>>(channel, OXM::LookupTableHandleList);
+            handles = OXMObject::arrayOf<OXMVector2<float>>(channel, OXM::LookupTableHandleList);
     }
 
     // The smallest and the largest value the curve takes.
@@ -142,29 +127,29 @@ int toByte(float v)
 
 OXMObject* OXWClassificationTable::findMaterial(const OXMObject* object)
 {
-    return linkedObject(object, OXM::ApplicationSampleMaterial);
+    return OXMObject::linkedObject(object, OXM::ApplicationSampleMaterial);
 }
 
 OXMObject* OXWClassificationTable::findGrid(const OXMObject* object)
 {
     if (!object)
         return nullptr;
-    if (OXMObject* grid = linkedObject(object, OXM::SampleGrid))
+    if (OXMObject* grid = OXMObject::linkedObject(object, OXM::SampleGrid))
         return grid;
-    return linkedObject(object->getParentLink().getOwner(), OXM::SampleGrid);
+    return OXMObject::linkedObject(object->getParentLink().getOwner(), OXM::SampleGrid);
 }
 
 OXMObject* OXWClassificationTable::resolveChannel(const OXMObject* material, OXMenum channelID,
                                                   std::vector<OXMObject*>* visited)
 {
-    OXMObject* channel = linkedObject(material, channelID);
+    OXMObject* channel = OXMObject::linkedObject(material, channelID);
     for (int step = 0; step < 16 && channel; ++step) {
         if (visited)
             visited->push_back(channel);
         OXMenum mode;
         if (!valueOf(channel, OXM::MapMode, mode) || mode != OXM::Reference)
             return channel;
-        channel = linkedObject(channel, OXM::Reference);
+        channel = OXMObject::linkedObject(channel, OXM::Reference);
     }
     return nullptr; // a reference cycle, or a reference to nothing
 }
@@ -210,18 +195,20 @@ bool OXWClassificationTable::findBinRange(const OXMObject* object, OXMenum input
 
     // The histogram whose channel reads the same input channel: the object's list, else the
     // list of its parent's owner (a region without its own histograms).
-    std::vector<OXMObjectLink> histograms = arrayOf<OXMObjectLink>(object, OXM::HistogramList);
+    std::vector<OXMObjectLink> histograms =
+        OXMObject::arrayOf<OXMObjectLink>(object, OXM::HistogramList);
     if (histograms.empty())
-        histograms = arrayOf<OXMObjectLink>(object->getParentLink().getOwner(), OXM::HistogramList);
+        histograms = OXMObject::arrayOf<OXMObjectLink>(object->getParentLink().getOwner(),
+                                                       OXM::HistogramList);
     for (const OXMObjectLink& link : histograms) {
         OXMObject* histogram = link.getLink();
         OXMenum histogramChannel;
-        if (!valueOf(linkedObject(histogram, OXM::SampleTransferSpec), OXM::InputChannel,
+        if (!valueOf(OXMObject::linkedObject(histogram, OXM::SampleTransferSpec), OXM::InputChannel,
                      histogramChannel) ||
             histogramChannel != inputChannel)
             continue;
         addSource(histogram);
-        OXMObject* result = linkedObject(histogram, OXM::Result);
+        OXMObject* result = OXMObject::linkedObject(histogram, OXM::Result);
         addSource(result);
         auto* bins = OXMValueArrayPropertyIF<float>::getInterface(
             result ? result->getProperty(OXM::Histogram) : nullptr);
@@ -287,7 +274,7 @@ OXWClassificationTable::Status OXWClassificationTable::build(const OXMObject* ob
     addSource(material);
 
     mGrid = findGrid(object);
-    if (mGrid && !linkedObject(object, OXM::SampleGrid))
+    if (mGrid && !OXMObject::linkedObject(object, OXM::SampleGrid))
         addSource(object->getParentLink().getOwner()); // a region shows its volume's grid
     auto* grid = dynamic_cast<const OXMSampleGrid*>(mGrid);
     if (!grid || grid->getVoxelCount() <= 0 || !grid->getData()) {
@@ -392,8 +379,8 @@ void OXWClassificationTable::fillGradientOpacity(const OXMObject* material,
 
 void OXWClassificationTable::clearOutsideEnabledIntervals(const OXMObject* material)
 {
-    const std::vector<int> borders = arrayOf<int>(material, OXM::IntervalIndexList);
-    const std::vector<OXMenum> modes = arrayOf<OXMenum>(material, OXM::IntervalModeList);
+    const std::vector<int> borders = OXMObject::arrayOf<int>(material, OXM::IntervalIndexList);
+    const std::vector<OXMenum> modes = OXMObject::arrayOf<OXMenum>(material, OXM::IntervalModeList);
     // Bins shown: b(i) + 1 .. b(i+1) of each enabled interval i; the bins from `hidden` up to
     // the next shown one are cleared.
     long long hidden = mFirst;

@@ -12,19 +12,6 @@
 
 namespace {
 
-OXMObject* linkedObject(const OXMObject* object, OXMenum id)
-{
-    OXMObjectLink link;
-    return object && object->getValue(id, link) ? link.getLink() : nullptr;
-}
-
-std::vector<OXMObjectLink> links(const OXMObject* object, OXMenum id)
-{
-    auto* p = OXMValueArrayPropertyIF<OXMObjectLink>::getInterface(object ? object->getProperty(id)
-                                                                          : nullptr);
-    return p ? p->getArray() : std::vector<OXMObjectLink>();
-}
-
 bool isClass(const OXMObject* object, const char* name)
 {
     const OXMMetaClass* meta = object ? object->getMetaClass() : nullptr;
@@ -70,10 +57,11 @@ bool OXWRenderStyle::operator==(const OXWRenderStyle& o) const
 OXMObject* OXWRenderStyle::cameraRenderSettings(const OXMObject* object)
 {
     const std::vector<OXMObjectLink> cameras =
-        links(sceneOf(object), OXMSceneNames::sceneCameraList());
+        OXMObject::arrayOf<OXMObjectLink>(sceneOf(object), OXMSceneNames::sceneCameraList());
     if (cameras.empty())
         return nullptr;
-    for (const OXMObjectLink& link : links(cameras.front().getLink(), OXM::RaytracingEngineList))
+    for (const OXMObjectLink& link :
+         OXMObject::arrayOf<OXMObjectLink>(cameras.front().getLink(), OXM::RaytracingEngineList))
         if (isClass(link.getLink(), "OXMOxm2RenderSettings"))
             return link.getLink();
     return nullptr;
@@ -86,7 +74,7 @@ OXWRenderStyle OXWRenderStyle::read(const OXMObject* object, std::vector<OXMObje
         return style;
     const bool region = object->isRoleActive(OXM::RegionOfInterest);
     const OXMObject* volume = region ? object->getParentLink().getOwner() : object;
-    OXMObject* plugin = linkedObject(volume, OXM::RenderPlugin);
+    OXMObject* plugin = OXMObject::linkedObject(volume, OXM::RenderPlugin);
     const bool cameraTracer = isClass(plugin, "OXMOxm2RenderPlugin");
     OXMObject* cameraSettings = cameraTracer ? cameraRenderSettings(object) : nullptr;
     const OXMObject* settings = cameraTracer ? cameraSettings : object;
@@ -121,7 +109,7 @@ OXWRenderStyle OXWRenderStyle::read(const OXMObject* object, std::vector<OXMObje
     if (volume && volume->getValue(OXM::GradientNormalization, flag))
         style.gradientNormalization = flag == OXM::True;
 
-    OXMObject* material = linkedObject(object, OXM::ApplicationSampleMaterial);
+    OXMObject* material = OXMObject::linkedObject(object, OXM::ApplicationSampleMaterial);
     auto* iso = OXMValueArrayPropertyIF<float>::getInterface(
         material ? material->getProperty(OXM::IsosurfaceValueList) : nullptr);
     if (iso)
