@@ -263,10 +263,8 @@ OXWClassificationToolGUI::~OXWClassificationToolGUI()
 {
     iocClose(this);
     releaseRenderObject();
-    mLUTWorkArea->setObjectInfo(nullptr);
+    attachModel(nullptr);
     mLUTWorkArea->setRenderObject(nullptr);
-    mAmbientLUTColorBar->setModel(nullptr);
-    mDiffuseLUTColorBar->setModel(nullptr);
     mObjectInfo.reset();
     mDelayedMouseMoveTimer.reset();
     mRenderMethodTable.reset();
@@ -341,9 +339,7 @@ void OXWClassificationToolGUI::followSelection()
             // The object can't be classified: the editors show their empty state instead of a
             // classification that belongs to something else.
             releaseRenderObject();
-            mLUTWorkArea->setObjectInfo(nullptr);
-            mAmbientLUTColorBar->setModel(nullptr);
-            mDiffuseLUTColorBar->setModel(nullptr);
+            attachModel(nullptr);
             mObjectInfo.reset();
         }
     } else {
@@ -947,10 +943,11 @@ void OXWClassificationToolGUI::updateOpacity()
         return;
     }
     OXWApplication::UserActionScope action(tr("Change opacity"));
-    mListening = false;
-    bool ok = opacity->setValue(OXM::MapMode, OXM::LookupTable);
-    writeHandleList(opacity, collectHandles(OXWLUTIntervalInfo::OpacityChannel, 1.0f), ok);
-    mListening = true;
+    {
+        const WritingScope writing(*this);
+        bool ok = opacity->setValue(OXM::MapMode, OXM::LookupTable);
+        writeHandleList(opacity, collectHandles(OXWLUTIntervalInfo::OpacityChannel, 1.0f), ok);
+    }
     scheduleEditingState();
 }
 
@@ -964,12 +961,13 @@ void OXWClassificationToolGUI::updateColor()
                                     OXWLUTIntervalInfo::GreenChannel,
                                     OXWLUTIntervalInfo::BlueChannel};
     OXWApplication::UserActionScope action(tr("Change color"));
-    mListening = false;
-    bool ok = true;
-    for (int c = 0; c < 3; ++c) {
-        writeHandleList(objects[c], collectHandles(Channels[c], 0.00390625f), ok);
+    {
+        const WritingScope writing(*this);
+        bool ok = true;
+        for (int c = 0; c < 3; ++c) {
+            writeHandleList(objects[c], collectHandles(Channels[c], 0.00390625f), ok);
+        }
     }
-    mListening = true;
     scheduleEditingState();
 }
 
@@ -982,26 +980,28 @@ void OXWClassificationToolGUI::updateIntervals()
     // One undo step for the whole change of the interval set: the lists, then the curves that
     // the change reshaped (their own actions join this one).
     OXWApplication::UserActionScope step(tr("Change interval settings"));
-    mListening = false;
-    {
-        const OXWLUTObjectInfo& model = *mObjectInfo;
-        std::vector<int> borders;
-        std::vector<OXMenum> modes;
-        std::vector<QString> names;
-        for (int i = 0; i < model.intervalCount(); ++i) {
-            const OXWLUTIntervalInfo* interval = model.interval(i);
-            if (i == 0) {
-                borders.push_back(int(std::floor(model.greyFromPosition(interval->from()))));
-            }
-            borders.push_back(int(std::floor(model.greyFromPosition(interval->to()))));
-            modes.push_back(interval->isEnabled() ? OXM::Enabled : OXM::Disabled);
-            names.push_back(interval->name());
-        }
-        writeIntervalLists(material, borders, modes, names);
-    }
+    const WritingScope writing(*this);
+    writeIntervalLists(material);
     updateOpacity();
     updateColor();
-    mListening = true;
+}
+
+void OXWClassificationToolGUI::writeIntervalLists(OXMObject* material) const
+{
+    const OXWLUTObjectInfo& model = *mObjectInfo;
+    std::vector<int> borders;
+    std::vector<OXMenum> modes;
+    std::vector<QString> names;
+    for (int i = 0; i < model.intervalCount(); ++i) {
+        const OXWLUTIntervalInfo* interval = model.interval(i);
+        if (i == 0) {
+            borders.push_back(int(std::floor(model.greyFromPosition(interval->from()))));
+        }
+        borders.push_back(int(std::floor(model.greyFromPosition(interval->to()))));
+        modes.push_back(interval->isEnabled() ? OXM::Enabled : OXM::Disabled);
+        names.push_back(interval->name());
+    }
+    ::writeIntervalLists(material, borders, modes, names);
 }
 
 void OXWClassificationToolGUI::updateIsosurface()
@@ -1011,11 +1011,12 @@ void OXWClassificationToolGUI::updateIsosurface()
         return;
     }
     OXWApplication::UserActionScope action(tr("Change isosurface"));
-    mListening = false;
-    const float native = mObjectInfo->calibratedFromPosition(mObjectInfo->isosurface());
-    const float value = mInputChannel ? mInputChannel->nativeToFloat(native) : native;
-    material->setArray(OXM::IsosurfaceValueList, std::vector<float>{value});
-    mListening = true;
+    {
+        const WritingScope writing(*this);
+        const float native = mObjectInfo->calibratedFromPosition(mObjectInfo->isosurface());
+        const float value = mInputChannel ? mInputChannel->nativeToFloat(native) : native;
+        material->setArray(OXM::IsosurfaceValueList, std::vector<float>{value});
+    }
     update();
 }
 
@@ -1025,7 +1026,7 @@ void OXWClassificationToolGUI::updateVisibleOpacityArea()
     if (!mObjectInfo || !material) {
         return;
     }
-    mListening = false;
+    const WritingScope writing(*this);
     const OXWLUTObjectInfo& model = *mObjectInfo;
     const float w = model.greyStep() / 2.0f;
     material->setValue(OXM::VisibleOpacityIndexRange,
@@ -1037,7 +1038,6 @@ void OXWClassificationToolGUI::updateVisibleOpacityArea()
     }
     material->setValue(OXM::VisibleOpacityValueRange,
                        FloatPair(model.opacityFromPosition(model.visibleOpacityFrom()), top));
-    mListening = true;
 }
 
 void OXWClassificationToolGUI::updateSpecularColor(const OXMRGBf& rgb)
@@ -1196,11 +1196,7 @@ void OXWClassificationToolGUI::updateObjectInfo()
         releaseRenderObject();
         return;
     }
-    OXMObject* material = mMaterial.get();
-    std::vector<int> borders = OXMObject::arrayOf<int>(material, OXM::IntervalIndexList);
-    std::vector<OXMenum> modes = OXMObject::arrayOf<OXMenum>(material, OXM::IntervalModeList);
-    std::vector<QString> names = readNames(material);
-
+    IntervalLists lists = readIntervalLists(mMaterial.get());
     if (!calculateHistogram()) {
         return;
     }
@@ -1208,136 +1204,23 @@ void OXWClassificationToolGUI::updateObjectInfo()
         releaseRenderObject();
         return;
     }
-    material = mMaterial.get();
-    const auto* values = OXMValueArrayPropertyIF<float>::getInterface([this]() -> OXMProperty* {
-        OXMObject* result = OXMObject::linkedObject(mHistogram.get(), OXM::Result);
-        return result ? result->getProperty(OXM::Histogram) : nullptr;
-    }());
     int first = 0;
     int last = -1;
-    if (!values || !values->getArrayIndexRange(first, last)) {
+    if (!histogramIndexRange(first, last)) {
         return;
     }
-
-    if (!borders.empty() && (borders.front() + 1 != first || borders.back() != last)) {
-        OXMLocalClassFlags flags(material, 0, MaterialBookkeepingFlag);
-        material->setValue(OXM::VisibleOpacityIndexRange,
-                           FloatPair(float(first) - 0.5f, float(last) + 0.5f));
-    }
-    if (borders.empty() || modes.empty() || names.empty()) {
-        mListening = false;
-        {
-            OXMLocalClassFlags flags(material, 0, MaterialBookkeepingFlag);
-            borders = {first - 1, last};
-            modes = {OXM::Enabled};
-            names = {OXWLUTObjectInfo::tr("Interval 1")};
-            writeIntervalLists(material, borders, modes, names);
-        }
-        mListening = true;
-    }
-
-    mModelValid = false;
-    mLUTWorkArea->setObjectInfo(nullptr);
-    mAmbientLUTColorBar->setModel(nullptr);
-    mDiffuseLUTColorBar->setModel(nullptr);
-    mObjectInfo.reset();
-    if (last >= first) {
-        const int count = last - first + 1;
-        double nativeMin = first;
-        double nativeMax = last;
-        int decimals = 0;
-        FloatPair binned(0.0f, 0.0f);
-        if (mInputChannel && binnedValueRange(first, last, binned)) {
-            // Bins whose centres run from the smallest to the largest value.
-            const double half = (double(binned.second) - double(binned.first)) /
-                                std::max(1.0, double(last - first)) / 2.0;
-            nativeMin = double(binned.first) - half;
-            nativeMax = double(binned.second) + half;
-            decimals = mInputChannel->isInteger() ? 0 : 5;
-        } else if (mInputChannel) {
-            nativeMin = mInputChannel->intToNative(first);
-            nativeMax = mInputChannel->intToNative(last);
-            if (mInputChannel->isInteger()) {
-                nativeMin -= 0.5;
-                nativeMax += 0.5;
-            } else {
-                const double half = (nativeMax - nativeMin) / double(last - first) / 2.0;
-                nativeMin -= half;
-                nativeMax += half;
-                decimals = 5;
-            }
-        }
-        mObjectInfo =
-            std::make_unique<OXWLUTObjectInfo>(float(first) - 0.5f, float(last) + 0.5f, 0.0f, 1.0f,
-                                               count, float(nativeMin), float(nativeMax));
-        mObjectInfo->setValueDecimals(decimals);
-        mObjectInfo->setOpacityDecimals(4);
-    }
-    mLUTWorkArea->setObjectInfo(mObjectInfo.get());
-    mAmbientLUTColorBar->setModel(mObjectInfo.get());
-    mDiffuseLUTColorBar->setModel(mObjectInfo.get());
-    ++mObjectInfoReadCount;
-
-    OXMObject* selected = mSelectedObject.get();
+    OXMObject* material = mMaterial.get();
+    resetStaleVisibleRange(material, lists.borders, first, last);
+    writeDefaultClassification(material, lists, first, last);
+    rebuildModel(first, last);
     if (mObjectInfo) {
-        OXMObject* plugin = OXMObject::linkedObject(selected, OXM::RenderPlugin);
-        if (!plugin) {
-            plugin = OXMObject::linkedObject(parentOwner(selected), OXM::RenderPlugin);
-        }
-        const OXMMetaClass* meta = plugin ? plugin->getMetaClass() : nullptr;
-        mLUTWorkArea->setIsosurfaceShown(meta &&
-                                         QByteArray(meta->getClassName()).contains("Isosurface"));
-
-        std::vector<OXMObjectLink> components =
-            OXMObject::arrayOf<OXMObjectLink>(selected, OXM::VolumeComponentList);
-        if (components.empty()) {
-            components =
-                OXMObject::arrayOf<OXMObjectLink>(parentOwner(selected), OXM::VolumeComponentList);
-        }
-        OXMenum componentMode = OXM::Unknown;
-        selected->getValue(OXM::VolumeComponentMode, componentMode);
-        if (componentMode == OXM::Unknown) {
-            if (OXMObject* owner = parentOwner(selected)) {
-                owner->getValue(OXM::VolumeComponentMode, componentMode);
-            }
-        }
-        mLUTWorkArea->setIsosurfaceActive(
-            !(components.size() >= 2 && componentMode != OXM::Disabled));
-
-        const std::vector<float> iso =
-            OXMObject::arrayOf<float>(material, OXM::IsosurfaceValueList);
-        if (!iso.empty()) {
-            const double native =
-                mInputChannel ? mInputChannel->floatToNative(double(iso.front())) : iso.front();
-            mObjectInfo->setIsosurface(mObjectInfo->positionFromCalibrated(float(native)));
-        }
+        readIsosurfaceState(material);
     }
     mLUTWorkArea->setHistogramObject(mHistogram.get());
-
     if (mObjectInfo) {
-        buildIntervals(borders, modes, names, first, last);
+        buildIntervals(lists.borders, lists.modes, lists.names, first, last);
         readHandles();
-
-        FloatPair greyRange(0.0f, 0.0f);
-        FloatPair opacityRange(0.0f, 1.0f);
-        material->getValue(OXM::VisibleOpacityIndexRange, greyRange);
-        material->getValue(OXM::VisibleOpacityValueRange, opacityRange);
-        if (greyRange.first < greyRange.second) {
-            OXWLUTObjectInfo& model = *mObjectInfo;
-            const float tA = model.snapDownToCell(model.positionFromGrey(greyRange.first));
-            const float tB = model.snapUpToCell(model.positionFromGrey(greyRange.second));
-            const float oA = model.positionFromOpacity(opacityRange.first);
-            const float oB = model.positionFromOpacity(opacityRange.second);
-            model.setVisibleGreyRange(tA, tB);
-            model.setVisibleOpacityRange(oA, oB);
-            if (oB > oA) {
-                model.setVerticalZoom(1.0f / (oB - oA));
-            }
-            if (tB > tA) {
-                mZoom = 1.0f / (tB - tA);
-            }
-            mScroll = std::floor(tA * 100.0f + 0.5f);
-        }
+        readVisibleRanges(material);
     }
     readRenderingControls();
 
@@ -1347,6 +1230,159 @@ void OXWClassificationToolGUI::updateObjectInfo()
     applyZoomToModel();
     mModelValid = true;
     update();
+}
+
+OXWClassificationToolGUI::IntervalLists
+OXWClassificationToolGUI::readIntervalLists(const OXMObject* material)
+{
+    IntervalLists lists;
+    lists.borders = OXMObject::arrayOf<int>(material, OXM::IntervalIndexList);
+    lists.modes = OXMObject::arrayOf<OXMenum>(material, OXM::IntervalModeList);
+    lists.names = readNames(material);
+    return lists;
+}
+
+bool OXWClassificationToolGUI::histogramIndexRange(int& first, int& last) const
+{
+    OXMObject* result = OXMObject::linkedObject(mHistogram.get(), OXM::Result);
+    const auto* values = OXMValueArrayPropertyIF<float>::getInterface(
+        result ? result->getProperty(OXM::Histogram) : nullptr);
+    return values && values->getArrayIndexRange(first, last);
+}
+
+void OXWClassificationToolGUI::resetStaleVisibleRange(OXMObject* material,
+                                                      const std::vector<int>& borders, int first,
+                                                      int last)
+{
+    if (!borders.empty() && (borders.front() + 1 != first || borders.back() != last)) {
+        OXMLocalClassFlags flags(material, 0, MaterialBookkeepingFlag);
+        material->setValue(OXM::VisibleOpacityIndexRange,
+                           FloatPair(float(first) - 0.5f, float(last) + 0.5f));
+    }
+}
+
+void OXWClassificationToolGUI::writeDefaultClassification(OXMObject* material, IntervalLists& lists,
+                                                          int first, int last)
+{
+    if (!lists.borders.empty() && !lists.modes.empty() && !lists.names.empty()) {
+        return;
+    }
+    const WritingScope writing(*this);
+    OXMLocalClassFlags flags(material, 0, MaterialBookkeepingFlag);
+    lists.borders = {first - 1, last};
+    lists.modes = {OXM::Enabled};
+    lists.names = {OXWLUTObjectInfo::tr("Interval 1")};
+    ::writeIntervalLists(material, lists.borders, lists.modes, lists.names);
+}
+
+void OXWClassificationToolGUI::attachModel(OXWLUTObjectInfo* model)
+{
+    mLUTWorkArea->setObjectInfo(model);
+    mAmbientLUTColorBar->setModel(model);
+    mDiffuseLUTColorBar->setModel(model);
+}
+
+void OXWClassificationToolGUI::rebuildModel(int first, int last)
+{
+    mModelValid = false;
+    attachModel(nullptr);
+    mObjectInfo.reset();
+    if (last >= first) {
+        double nativeMin = first;
+        double nativeMax = last;
+        int decimals = 0;
+        valueAxis(first, last, nativeMin, nativeMax, decimals);
+        mObjectInfo = std::make_unique<OXWLUTObjectInfo>(float(first) - 0.5f, float(last) + 0.5f,
+                                                         0.0f, 1.0f, last - first + 1,
+                                                         float(nativeMin), float(nativeMax));
+        mObjectInfo->setValueDecimals(decimals);
+        mObjectInfo->setOpacityDecimals(4);
+    }
+    attachModel(mObjectInfo.get());
+    ++mObjectInfoReadCount;
+}
+
+void OXWClassificationToolGUI::valueAxis(int first, int last, double& nativeMin, double& nativeMax,
+                                         int& decimals) const
+{
+    FloatPair binned(0.0f, 0.0f);
+    if (mInputChannel && binnedValueRange(first, last, binned)) {
+        // Bins whose centres run from the smallest to the largest value.
+        const double half = (double(binned.second) - double(binned.first)) /
+                            std::max(1.0, double(last - first)) / 2.0;
+        nativeMin = double(binned.first) - half;
+        nativeMax = double(binned.second) + half;
+        decimals = mInputChannel->isInteger() ? 0 : 5;
+    } else if (mInputChannel) {
+        nativeMin = mInputChannel->intToNative(first);
+        nativeMax = mInputChannel->intToNative(last);
+        if (mInputChannel->isInteger()) {
+            nativeMin -= 0.5;
+            nativeMax += 0.5;
+        } else {
+            const double half = (nativeMax - nativeMin) / double(last - first) / 2.0;
+            nativeMin -= half;
+            nativeMax += half;
+            decimals = 5;
+        }
+    }
+}
+
+void OXWClassificationToolGUI::readIsosurfaceState(const OXMObject* material)
+{
+    OXMObject* selected = mSelectedObject.get();
+    OXMObject* owner = parentOwner(selected);
+    OXMObject* plugin = OXMObject::linkedObject(selected, OXM::RenderPlugin);
+    if (!plugin) {
+        plugin = OXMObject::linkedObject(owner, OXM::RenderPlugin);
+    }
+    const OXMMetaClass* meta = plugin ? plugin->getMetaClass() : nullptr;
+    mLUTWorkArea->setIsosurfaceShown(meta &&
+                                     QByteArray(meta->getClassName()).contains("Isosurface"));
+
+    std::vector<OXMObjectLink> components =
+        OXMObject::arrayOf<OXMObjectLink>(selected, OXM::VolumeComponentList);
+    if (components.empty()) {
+        components = OXMObject::arrayOf<OXMObjectLink>(owner, OXM::VolumeComponentList);
+    }
+    OXMenum componentMode = OXM::Unknown;
+    selected->getValue(OXM::VolumeComponentMode, componentMode);
+    if (componentMode == OXM::Unknown && owner) {
+        owner->getValue(OXM::VolumeComponentMode, componentMode);
+    }
+    mLUTWorkArea->setIsosurfaceActive(!(components.size() >= 2 && componentMode != OXM::Disabled));
+
+    const std::vector<float> iso = OXMObject::arrayOf<float>(material, OXM::IsosurfaceValueList);
+    if (!iso.empty()) {
+        const double native =
+            mInputChannel ? mInputChannel->floatToNative(double(iso.front())) : iso.front();
+        mObjectInfo->setIsosurface(mObjectInfo->positionFromCalibrated(float(native)));
+    }
+}
+
+void OXWClassificationToolGUI::readVisibleRanges(const OXMObject* material)
+{
+    FloatPair greyRange(0.0f, 0.0f);
+    FloatPair opacityRange(0.0f, 1.0f);
+    material->getValue(OXM::VisibleOpacityIndexRange, greyRange);
+    material->getValue(OXM::VisibleOpacityValueRange, opacityRange);
+    if (greyRange.first >= greyRange.second) {
+        return;
+    }
+    OXWLUTObjectInfo& model = *mObjectInfo;
+    const float tA = model.snapDownToCell(model.positionFromGrey(greyRange.first));
+    const float tB = model.snapUpToCell(model.positionFromGrey(greyRange.second));
+    const float oA = model.positionFromOpacity(opacityRange.first);
+    const float oB = model.positionFromOpacity(opacityRange.second);
+    model.setVisibleGreyRange(tA, tB);
+    model.setVisibleOpacityRange(oA, oB);
+    if (oB > oA) {
+        model.setVerticalZoom(1.0f / (oB - oA));
+    }
+    if (tB > tA) {
+        mZoom = 1.0f / (tB - tA);
+    }
+    mScroll = std::floor(tA * 100.0f + 0.5f);
 }
 
 void OXWClassificationToolGUI::buildIntervals(const std::vector<int>& borders,

@@ -167,8 +167,36 @@ private:
     bool calculateHistogram();
     bool hasClassificationObjects() const;
     bool isEditAllowed() const;
+    // The steps of updateObjectInfo().
+    struct IntervalLists
+    {
+        std::vector<int> borders;
+        std::vector<OXMenum> modes;
+        std::vector<QString> names;
+    };
+    static IntervalLists readIntervalLists(const OXMObject* material);
+    // The index range of the histogram's bins; false without a histogram result.
+    bool histogramIndexRange(int& first, int& last) const;
+    // Shows the whole range again when the border list no longer fits the histogram.
+    void resetStaleVisibleRange(OXMObject* material, const std::vector<int>& borders, int first,
+                                int last);
+    // One enabled interval over the whole range when a list is missing; written outside undo
+    // and as the host's bookkeeping.
+    void writeDefaultClassification(OXMObject* material, IntervalLists& lists, int first, int last);
+    // Hands the model (or none) to the work area and both colour bars.
+    void attachModel(OXWLUTObjectInfo* model);
+    // A new model over the bins first..last, with the axis in the data's values.
+    void rebuildModel(int first, int last);
+    // The data values at the outer edges of the bins first and last, and the decimals to show.
+    void valueAxis(int first, int last, double& nativeMin, double& nativeMax, int& decimals) const;
+    // Whether the renderer draws an isosurface, whether it can be edited, and its value.
+    void readIsosurfaceState(const OXMObject* material);
+    // The stored visible grey-value and opacity ranges, as the model's view, zoom and scroll.
+    void readVisibleRanges(const OXMObject* material);
     void buildIntervals(const std::vector<int>& borders, const std::vector<OXMenum>& modes,
                         const std::vector<QString>& names, int first, int last);
+    // Collects the model's interval lists and writes them into the material.
+    void writeIntervalLists(OXMObject* material) const;
     void readHandles();
     // The values of the first and the last bin of the histogram when its bins do not count
     // one value each (floating-point data, integers too wide): its "DataRange".
@@ -209,7 +237,26 @@ private:
     OXMTypeInfo mDataType;
     const OXMTypeInfo::Channel* mInputChannel = nullptr;
 
+    // Whether a change message of the host is a change to re-read: not while the panel writes.
     bool mListening = true;
+    // Writing to the host: the panel does not listen meanwhile, and listens as before after
+    // (scopes nest).
+    class WritingScope
+    {
+    public:
+        explicit WritingScope(OXWClassificationToolGUI& panel)
+            : mPanel(panel), mWasListening(panel.mListening)
+        {
+            panel.mListening = false;
+        }
+        ~WritingScope() { mPanel.mListening = mWasListening; }
+        WritingScope(const WritingScope&) = delete;
+        WritingScope& operator=(const WritingScope&) = delete;
+
+    private:
+        OXWClassificationToolGUI& mPanel;
+        bool mWasListening;
+    };
     bool mModelValid = true;
     float mZoom = 1.0f;
     float mScroll = 0.0f;
