@@ -364,73 +364,23 @@ bool OXWClassificationToolGUI::bindRenderObject()
     if (!selected) {
         return false;
     }
-
-    OXMObject* volume = nullptr;
-    OXMObject* roi = nullptr;
-    if (selected->isRoleActive(OXM::RegionOfInterest)) {
-        roi = selected;
-        OXMObject* owner = parentOwner(selected);
-        if (owner && owner->isRoleActive(OXM::VolumeRenderObject)) {
-            volume = owner;
-        }
-    } else {
-        volume = selected;
-    }
-    if (mRenderMethodTable) {
-        if (volume) {
-            OXMObject* plugin = OXMObject::linkedObject(volume, OXM::RenderPlugin);
-            OXMObject* settings = roi ? roi : volume;
-            if (plugin && plugin->isOfType("OXMOxm2RenderPlugin")) {
-                settings = OXWRenderMethodTable::findRenderSettings();
-            }
-            mRenderMethodTable->mVolume = volume;
-            mRenderMethodTable->mROI = roi;
-            mRenderMethodTable->mRenderPlugin = plugin;
-            mRenderMethodTable->mRenderSettings = settings;
-        } else {
-            mRenderMethodTable->clear();
-        }
-    }
+    bindRenderMethodTable(selected);
 
     OXMObject* material = OXMObject::linkedObject(selected, OXM::ApplicationSampleMaterial);
-    if (!material) {
-        return false;
-    }
-    OXMObject* grid = OXMObject::linkedObject(selected, OXM::SampleGrid);
-    if (!grid) {
-        grid = OXMObject::linkedObject(parentOwner(selected), OXM::SampleGrid);
-    }
-    if (!grid) {
+    OXMObject* grid = linkedOfSelection(selected, OXM::SampleGrid);
+    if (!material || !grid) {
         return false;
     }
     mDataType = OXMTypeInfo(OXM::Unknown);
     grid->getValue(OXM::SampleDataType, mDataType);
-
-    std::vector<OXMObjectLink> histograms =
-        OXMObject::arrayOf<OXMObjectLink>(selected, OXM::HistogramList);
-    if (histograms.empty()) {
-        histograms = OXMObject::arrayOf<OXMObjectLink>(parentOwner(selected), OXM::HistogramList);
-    }
     OXMObject* opacity = OXMObject::linkedObject(material, OXM::Opacity);
     OXMenum inputChannel = OXM::Unknown;
     if (opacity) {
         opacity->getValue(OXM::InputChannel, inputChannel);
     }
     mInputChannel = mDataType.getChannel(inputChannel);
-    OXMObject* histogram = nullptr;
-    for (const OXMObjectLink& link : histograms) {
-        OXMObject* transfer = OXMObject::linkedObject(link.getLink(), OXM::SampleTransferSpec);
-        OXMenum channel = OXM::Unknown;
-        if (transfer && transfer->getValue(OXM::InputChannel, channel) && channel == inputChannel) {
-            histogram = link.getLink();
-            break;
-        }
-    }
-
-    if (OXWPresetHandler* handler = OXWPresetHandler::getPresetHandler(PresetHandlerName)) {
-        handler->setTargetObject(selected);
-        handler->setHistogramObject(histogram);
-    }
+    OXMObject* histogram = findHistogram(selected, inputChannel);
+    retargetPresetHandler(selected, histogram);
 
     const bool histogramChanged = histogram != mHistogram.get();
     if (histogramChanged) {
@@ -446,13 +396,7 @@ bool OXWClassificationToolGUI::bindRenderObject()
         updateDiffuseSharedFromObject();
         colorModeUpdate();
     }
-
-    const bool colourEditable = !isRgbType(mDataType.getID());
-    mAmbientLUTColorBar->setEnabled(colourEditable);
-    mDiffuseLUTColorBar->setEnabled(colourEditable);
-    mSpecularColorWidget->setEnabled(colourEditable);
-    mDiffuseSharedColortableCheckBox->setEnabled(colourEditable);
-
+    enableColourEditing(!isRgbType(mDataType.getID()));
     if (histogramChanged || materialChanged) {
         updateObjectInfo();
         readMaterialSpinBoxes();
@@ -460,12 +404,75 @@ bool OXWClassificationToolGUI::bindRenderObject()
     return true;
 }
 
-void OXWClassificationToolGUI::releaseRenderObject()
+void OXWClassificationToolGUI::bindRenderMethodTable(OXMObject* selected)
+{
+    if (!mRenderMethodTable) {
+        return;
+    }
+    const bool isRegion = selected->isRoleActive(OXM::RegionOfInterest);
+    OXMObject* owner = isRegion ? parentOwner(selected) : nullptr;
+    OXMObject* volume = !isRegion                                               ? selected
+                        : owner && owner->isRoleActive(OXM::VolumeRenderObject) ? owner
+                                                                                : nullptr;
+    if (!volume) {
+        mRenderMethodTable->clear();
+        return;
+    }
+    OXMObject* roi = isRegion ? selected : nullptr;
+    OXMObject* plugin = OXMObject::linkedObject(volume, OXM::RenderPlugin);
+    OXMObject* settings = roi ? roi : volume;
+    if (plugin && plugin->isOfType("OXMOxm2RenderPlugin")) {
+        settings = OXWRenderMethodTable::findRenderSettings();
+    }
+    mRenderMethodTable->mVolume = volume;
+    mRenderMethodTable->mROI = roi;
+    mRenderMethodTable->mRenderPlugin = plugin;
+    mRenderMethodTable->mRenderSettings = settings;
+}
+
+OXMObject* OXWClassificationToolGUI::linkedOfSelection(OXMObject* selected, OXMenum id) const
+{
+    OXMObject* linked = OXMObject::linkedObject(selected, id);
+    return linked ? linked : OXMObject::linkedObject(parentOwner(selected), id);
+}
+
+OXMObject* OXWClassificationToolGUI::findHistogram(OXMObject* selected, OXMenum inputChannel) const
+{
+    std::vector<OXMObjectLink> histograms =
+        OXMObject::arrayOf<OXMObjectLink>(selected, OXM::HistogramList);
+    if (histograms.empty()) {
+        histograms = OXMObject::arrayOf<OXMObjectLink>(parentOwner(selected), OXM::HistogramList);
+    }
+    for (const OXMObjectLink& link : histograms) {
+        OXMObject* transfer = OXMObject::linkedObject(link.getLink(), OXM::SampleTransferSpec);
+        OXMenum channel = OXM::Unknown;
+        if (transfer && transfer->getValue(OXM::InputChannel, channel) && channel == inputChannel) {
+            return link.getLink();
+        }
+    }
+    return nullptr;
+}
+
+void OXWClassificationToolGUI::retargetPresetHandler(OXMObject* target, OXMObject* histogram)
 {
     if (OXWPresetHandler* handler = OXWPresetHandler::getPresetHandler(PresetHandlerName)) {
-        handler->setTargetObject(nullptr);
-        handler->setHistogramObject(nullptr);
+        handler->setTargetObject(target);
+        handler->setHistogramObject(histogram);
     }
+}
+
+void OXWClassificationToolGUI::enableColourEditing(bool editable)
+{
+    for (QWidget* colourEditor :
+         std::initializer_list<QWidget*>{mAmbientLUTColorBar, mDiffuseLUTColorBar,
+                                         mSpecularColorWidget, mDiffuseSharedColortableCheckBox}) {
+        colourEditor->setEnabled(editable);
+    }
+}
+
+void OXWClassificationToolGUI::releaseRenderObject()
+{
+    retargetPresetHandler(nullptr, nullptr);
     mLUTWorkArea->setRenderObject(mSelectedObject.get());
     mMaterial = nullptr;
     mOpacity = nullptr;
@@ -557,10 +564,7 @@ void OXWClassificationToolGUI::iocCallback(OXMIOC::Message& message)
     } else if (mRenderMethodTable && is(mRenderMethodTable->mVolume)) {
         if (property == OXM::RenderPlugin) {
             OXMObject* volume = mRenderMethodTable->mVolume.get();
-            if (OXWPresetHandler* handler = OXWPresetHandler::getPresetHandler(PresetHandlerName)) {
-                handler->setTargetObject(mSelectedObject.get());
-                handler->setHistogramObject(mHistogram.get());
-            }
+            retargetPresetHandler(mSelectedObject.get(), mHistogram.get());
             mRenderMethodTable->mRenderPlugin = OXMObject::linkedObject(volume, OXM::RenderPlugin);
             colorModeUpdate();
             readTransparencySpinBox();
@@ -1332,10 +1336,7 @@ void OXWClassificationToolGUI::readIsosurfaceState(const OXMObject* material)
 {
     OXMObject* selected = mSelectedObject.get();
     OXMObject* owner = parentOwner(selected);
-    OXMObject* plugin = OXMObject::linkedObject(selected, OXM::RenderPlugin);
-    if (!plugin) {
-        plugin = OXMObject::linkedObject(owner, OXM::RenderPlugin);
-    }
+    OXMObject* plugin = linkedOfSelection(selected, OXM::RenderPlugin);
     const OXMMetaClass* meta = plugin ? plugin->getMetaClass() : nullptr;
     mLUTWorkArea->setIsosurfaceShown(meta &&
                                      QByteArray(meta->getClassName()).contains("Isosurface"));

@@ -205,6 +205,16 @@ private:
     void writeHandleList(OXMObject* object, const std::vector<OXMVector2<float>>& handles,
                          bool& ok);
     OXMObject* parentOwner(OXMObject* object) const;
+    // The steps of bindRenderObject().
+    void bindRenderMethodTable(OXMObject* selected);
+    // The object linked by id of the selection, else of the volume that holds it.
+    OXMObject* linkedOfSelection(OXMObject* selected, OXMenum id) const;
+    // The histogram of the selection (else of its volume) that reads the input channel.
+    OXMObject* findHistogram(OXMObject* selected, OXMenum inputChannel) const;
+    // The preset handler applies to and saves from the target, with its histogram.
+    static void retargetPresetHandler(OXMObject* target, OXMObject* histogram);
+    // The colour editors, off for colour (RGB, RGBA) data.
+    void enableColourEditing(bool editable);
     // The border pair (b(i), b(i+1)) of interval i of the material; false when there is no
     // such interval.
     bool greyvalueInterval(int index, OXMInterval& interval) const;
