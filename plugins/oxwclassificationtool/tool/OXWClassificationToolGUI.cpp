@@ -382,8 +382,8 @@ bool OXWClassificationToolGUI::bindRenderObject()
     OXMObject* histogram = findHistogram(selected, inputChannel);
     retargetPresetHandler(selected, histogram);
 
-    const bool histogramChanged = histogram != mHistogram.get();
-    if (histogramChanged) {
+    const bool newHistogram = histogram != mHistogram.get();
+    if (newHistogram) {
         abortCalculation();
         mHistogram = histogram;
     }
@@ -397,7 +397,7 @@ bool OXWClassificationToolGUI::bindRenderObject()
         colorModeUpdate();
     }
     enableColourEditing(!isRgbType(mDataType.getID()));
-    if (histogramChanged || materialChanged) {
+    if (newHistogram || materialChanged) {
         updateObjectInfo();
         readMaterialSpinBoxes();
     }
@@ -509,11 +509,20 @@ void OXWClassificationToolGUI::abortCalculation()
 
 void OXWClassificationToolGUI::iocCallback(OXMIOC::Message& message)
 {
+    routeMessage(message);
+    OXMIOC::iocCallback(message);
+}
+
+void OXWClassificationToolGUI::routeMessage(const OXMIOC::Message& message)
+{
     OXMObject* sender = message.getInitialSender();
     const OXMenum property = message.getPropertyID();
     OXWApplication* app = application();
     const auto is = [sender](const OXMObjectIOCPtr& ptr) { return sender && sender == ptr.get(); };
     const bool fromApplication = sender && app && sender == app;
+    const auto isAnyOf = [&property](std::initializer_list<OXMenum> ids) {
+        return std::find(ids.begin(), ids.end(), property) != ids.end();
+    };
 
     if ((fromApplication && property == OXM::Scene) ||
         (is(mScene) && property == OXMenum(TulvoRightsName))) {
@@ -521,72 +530,87 @@ void OXWClassificationToolGUI::iocCallback(OXMIOC::Message& message)
         update();
     } else if (is(mRights)) {
         update();
-    } else if ((fromApplication && (property == OXM::RegionOfInterestSelectionList ||
-                                    property == OXM::RenderObjectSelectionList)) ||
+    } else if ((fromApplication &&
+                isAnyOf({OXM::RegionOfInterestSelectionList, OXM::RenderObjectSelectionList})) ||
                (is(mSelectedObject) &&
-                (property == OXM::HistogramList || property == OXM::ApplicationSampleMaterial))) {
+                isAnyOf({OXM::HistogramList, OXM::ApplicationSampleMaterial}))) {
         followSelection();
-    } else if (is(mMaterial) &&
-               (property == OXM::IntervalIndexList || property == OXM::IntervalModeList ||
-                property == OXM::IntervalNameList || property == OXM::IsosurfaceValueList ||
-                message.getType() == OXMIOC::Dying)) {
-        if (mListening) {
-            startObjectInfoTimer();
-        }
+    } else if (is(mMaterial) && (isAnyOf({OXM::IntervalIndexList, OXM::IntervalModeList,
+                                          OXM::IntervalNameList, OXM::IsosurfaceValueList}) ||
+                                 message.getType() == OXMIOC::Dying)) {
+        reReadLater();
     } else if (is(mHistogram)) {
-        if (mListening) {
-            startAnalyzerTimer();
-        }
-        update();
+        histogramChanged();
     } else if (is(mOpacity) && property == OXM::LookupTableHandleList) {
-        if (mListening) {
-            startObjectInfoTimer();
-        }
+        reReadLater();
     } else if (is(mRed) || is(mGreen) || is(mBlue) || is(mDiffuseRedLink) ||
                is(mDiffuseGreenLink) || is(mDiffuseBlueLink)) {
-        if (mListening) {
-            updateDiffuseSharedFromObject();
-            colorModeUpdate();
-            update();
-        }
-    } else if (is(mIntensity)) {
-        if (mListening) {
-            readIntensitySpinBox();
-        }
-    } else if (is(mShininess)) {
-        if (mListening) {
-            readShininessSpinBox();
-        }
-    } else if (is(mTransparency)) {
-        if (mListening) {
-            readTransparencySpinBox();
-        }
+        colourChannelChanged();
+    } else if (is(mIntensity) || is(mShininess) || is(mTransparency)) {
+        materialScalarChanged(sender);
     } else if (mRenderMethodTable && is(mRenderMethodTable->mVolume)) {
-        if (property == OXM::RenderPlugin) {
-            OXMObject* volume = mRenderMethodTable->mVolume.get();
-            retargetPresetHandler(mSelectedObject.get(), mHistogram.get());
-            mRenderMethodTable->mRenderPlugin = OXMObject::linkedObject(volume, OXM::RenderPlugin);
-            colorModeUpdate();
-            readTransparencySpinBox();
-            startObjectInfoTimer();
-        } else if (property == OXM::VolumeComponentList || property == OXM::VolumeComponentMode ||
-                   property == OXM::GradientNormalization) {
-            if (mListening) {
-                startObjectInfoTimer();
-            }
-            update();
-        }
+        renderedVolumeChanged(property);
     } else if (mRenderMethodTable &&
                (is(mRenderMethodTable->mRenderPlugin) || is(mRenderMethodTable->mRenderSettings)) &&
-               (property == OXM::SamplingDistance || property == OXMenum(ShadingModelName) ||
-                property == OXM::RenderingMode || property == OXMenum(ShadingCountLimitName) ||
-                property == OXMenum(SurfaceInvertedName))) {
-        if (mListening) {
-            startObjectInfoTimer();
-        }
+               isAnyOf({OXM::SamplingDistance, OXMenum(ShadingModelName), OXM::RenderingMode,
+                        OXMenum(ShadingCountLimitName), OXMenum(SurfaceInvertedName)})) {
+        reReadLater();
         update();
     }
-    OXMIOC::iocCallback(message);
+}
+
+void OXWClassificationToolGUI::reReadLater()
+{
+    if (mListening) {
+        startObjectInfoTimer();
+    }
+}
+
+void OXWClassificationToolGUI::histogramChanged()
+{
+    if (mListening) {
+        startAnalyzerTimer();
+    }
+    update();
+}
+
+void OXWClassificationToolGUI::colourChannelChanged()
+{
+    if (mListening) {
+        updateDiffuseSharedFromObject();
+        colorModeUpdate();
+        update();
+    }
+}
+
+void OXWClassificationToolGUI::materialScalarChanged(const OXMObject* sender)
+{
+    if (!mListening) {
+        return;
+    }
+    if (sender == mIntensity.get()) {
+        readIntensitySpinBox();
+    } else if (sender == mShininess.get()) {
+        readShininessSpinBox();
+    } else {
+        readTransparencySpinBox();
+    }
+}
+
+void OXWClassificationToolGUI::renderedVolumeChanged(OXMenum property)
+{
+    if (property == OXM::RenderPlugin) {
+        OXMObject* volume = mRenderMethodTable->mVolume.get();
+        retargetPresetHandler(mSelectedObject.get(), mHistogram.get());
+        mRenderMethodTable->mRenderPlugin = OXMObject::linkedObject(volume, OXM::RenderPlugin);
+        colorModeUpdate();
+        readTransparencySpinBox();
+        startObjectInfoTimer();
+    } else if (property == OXM::VolumeComponentList || property == OXM::VolumeComponentMode ||
+               property == OXM::GradientNormalization) {
+        reReadLater();
+        update();
+    }
 }
 
 void OXWClassificationToolGUI::startObjectInfoTimer()

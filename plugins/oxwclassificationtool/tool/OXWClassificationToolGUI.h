@@ -205,6 +205,15 @@ private:
     void writeHandleList(OXMObject* object, const std::vector<OXMVector2<float>>& handles,
                          bool& ok);
     OXMObject* parentOwner(OXMObject* object) const;
+    // iocCallback(): one handler per kind of message, in the order of the cases.
+    void routeMessage(const OXMIOC::Message& message);
+    // A re-read of the classification after the delay, unless the panel is writing.
+    void reReadLater();
+    void histogramChanged();
+    void colourChannelChanged();
+    // Intensity, shininess or transparency changed on the host: the spin box reads it again.
+    void materialScalarChanged(const OXMObject* sender);
+    void renderedVolumeChanged(OXMenum property);
     // The steps of bindRenderObject().
     void bindRenderMethodTable(OXMObject* selected);
     // The object linked by id of the selection, else of the volume that holds it.
