@@ -128,14 +128,29 @@ OXWClassificationToolGUI::OXWClassificationToolGUI(QWidget* parent, const char* 
     : OXWClassificationToolGUIUI(parent, name),
       mDelayedEvent(QEvent::MouseMove, QPointF(0, 0), Qt::NoButton, Qt::NoButton, Qt::NoModifier)
 {
-    for (OXMObjectIOCPtr* ptr :
-         {&mScene, &mRights, &mMaterial, &mHistogram, &mSelectedObject, &mOpacity, &mShininess,
-          &mTransparency, &mRed, &mGreen, &mBlue, &mIntensity, &mDiffuseRedLink, &mDiffuseGreenLink,
-          &mDiffuseBlueLink}) {
+    for (OXMObjectIOCPtr* ptr : listeningPointers()) {
         ptr->setListener(this);
     }
+    createTimers(); // first: binding below may already schedule a re-read
+    createRenderMethodTable();
+    mWorkAreaUseCalibrationButton->setIcon(OXWApplication::getMiniIconSet("object_calibrate"));
+    mWorkAreaZoomPlusButton->setIcon(OXWApplication::getMiniIconSet("view_zoom_in"));
+    mWorkAreaZoomMinusButton->setIcon(OXWApplication::getMiniIconSet("view_zoom_out"));
+    releaseRenderObject();
+    bindInitialSelection();
+    mTransparencySpinBox->setMaxValue(double(std::numeric_limits<float>::max()));
+    mTransparencySpinBox->setMinValue(0.0);
+    connectEditors();
+    connectControls();
+    mWorkAreaToggleRenderingSettingsButton->hide();
+    setUpOversamplingSpinBox();
+    updateScrollBar();
+    updateZoomButtons();
+    adjustSize();
+}
 
-    // Timers first: binding below may already schedule a re-read.
+void OXWClassificationToolGUI::createTimers()
+{
     mDelayedMouseMoveTimer = std::make_unique<QTimer>();
     mDelayedMouseMoveTimer->setObjectName(
         QStringLiteral("OXWWorkspaceWidget::Private::mDelayedMouseMoveTimer"));
@@ -148,7 +163,10 @@ OXWClassificationToolGUI::OXWClassificationToolGUI(QWidget* parent, const char* 
     mUpdateAnalyzerTimer->setObjectName(
         QStringLiteral("OXWClasificationToolGUI::mUpdateAnalyzerTimer"));
     mUpdateAnalyzerTimer->setSingleShot(true);
+}
 
+void OXWClassificationToolGUI::createRenderMethodTable()
+{
     mRenderMethodTable.reset(new (std::nothrow) OXWRenderMethodTable);
     if (!mRenderMethodTable) {
         OXMError::emitError(nullptr, OXM::OutOfMemory,
@@ -156,13 +174,11 @@ OXWClassificationToolGUI::OXWClassificationToolGUI(QWidget* parent, const char* 
     } else {
         mRenderMethodTable->setListener(this);
     }
+}
 
-    mWorkAreaUseCalibrationButton->setIcon(OXWApplication::getMiniIconSet("object_calibrate"));
-    mWorkAreaZoomPlusButton->setIcon(OXWApplication::getMiniIconSet("view_zoom_in"));
-    mWorkAreaZoomMinusButton->setIcon(OXWApplication::getMiniIconSet("view_zoom_out"));
-
-    releaseRenderObject();
-
+// The selection there is when the panel is made, and the application's messages from then on.
+void OXWClassificationToolGUI::bindInitialSelection()
+{
     if (OXWApplication* app = application()) {
         takeSceneAndRights();
         const OXMObjectPath path = findSelection();
@@ -177,10 +193,10 @@ OXWClassificationToolGUI::OXWClassificationToolGUI(QWidget* parent, const char* 
         iocOpen(this);
         Q_UNUSED(app);
     }
+}
 
-    mTransparencySpinBox->setMaxValue(double(std::numeric_limits<float>::max()));
-    mTransparencySpinBox->setMinValue(0.0);
-
+void OXWClassificationToolGUI::connectEditors()
+{
     connect(mLUTWorkArea, &OXWLUTWorkArea::objectOpacityChanged, this,
             &OXWClassificationToolGUI::updateOpacity);
     connect(mLUTWorkArea, &OXWLUTWorkArea::verticalZoomChanged, this,
@@ -219,7 +235,10 @@ OXWClassificationToolGUI::OXWClassificationToolGUI(QWidget* parent, const char* 
             &OXWLUTColorBar::updateAll);
     connect(this, &OXWClassificationToolGUI::updateLUTWidgets, mDiffuseLUTColorBar,
             &OXWLUTColorBar::updateAll);
+}
 
+void OXWClassificationToolGUI::connectControls()
+{
     connect(mWorkAreaZoomPlusButton, &QToolButton::clicked, this,
             &OXWClassificationToolGUI::workAreaZoomPlusSlot);
     connect(mWorkAreaZoomMinusButton, &QToolButton::clicked, this,
@@ -244,19 +263,35 @@ OXWClassificationToolGUI::OXWClassificationToolGUI(QWidget* parent, const char* 
             &OXWClassificationToolGUI::gradientNormalizationSlot);
     connect(mWorkAreaUseCalibrationButton, &QToolButton::toggled, this,
             &OXWClassificationToolGUI::volumeComponentModeSlot);
+}
 
-    mWorkAreaToggleRenderingSettingsButton->hide();
-
+void OXWClassificationToolGUI::setUpOversamplingSpinBox()
+{
     mOversamplingSpinBox->setPrecision(1);
     mOversamplingSpinBox->setPrecisionReference(0.5);
     mOversamplingSpinBox->setMinValue(0.5);
     mOversamplingSpinBox->setMaxValue(50.0);
     mOversamplingSpinBox->setLineStep(0.5);
     mOversamplingSpinBox->setPageStep(0.5);
+}
 
-    updateScrollBar();
-    updateZoomButtons();
-    adjustSize();
+std::array<OXMObjectIOCPtr*, 15> OXWClassificationToolGUI::listeningPointers()
+{
+    return {&mScene,
+            &mRights,
+            &mMaterial,
+            &mHistogram,
+            &mSelectedObject,
+            &mOpacity,
+            &mShininess,
+            &mTransparency,
+            &mRed,
+            &mGreen,
+            &mBlue,
+            &mIntensity,
+            &mDiffuseRedLink,
+            &mDiffuseGreenLink,
+            &mDiffuseBlueLink};
 }
 
 OXWClassificationToolGUI::~OXWClassificationToolGUI()
@@ -269,10 +304,7 @@ OXWClassificationToolGUI::~OXWClassificationToolGUI()
     mDelayedMouseMoveTimer.reset();
     mRenderMethodTable.reset();
     // The listening pointers must not call back into a half-destroyed panel.
-    for (OXMObjectIOCPtr* ptr :
-         {&mScene, &mRights, &mMaterial, &mHistogram, &mSelectedObject, &mOpacity, &mShininess,
-          &mTransparency, &mRed, &mGreen, &mBlue, &mIntensity, &mDiffuseRedLink, &mDiffuseGreenLink,
-          &mDiffuseBlueLink}) {
+    for (OXMObjectIOCPtr* ptr : listeningPointers()) {
         *ptr = nullptr;
     }
 }

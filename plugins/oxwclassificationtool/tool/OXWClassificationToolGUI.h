@@ -13,6 +13,7 @@
 #include <QMouseEvent>
 #include <QPointer>
 
+#include <array>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -134,6 +135,16 @@ protected:
     void paintEvent(QPaintEvent* event) override;
 
 private:
+    // The steps of the constructor.
+    void createTimers();
+    void createRenderMethodTable();
+    void bindInitialSelection();
+    void connectEditors();
+    void connectControls();
+    void setUpOversamplingSpinBox();
+    // The pointers through which the panel listens to the host's objects.
+    std::array<OXMObjectIOCPtr*, 15> listeningPointers();
+
     // What every paint of the panel does first: the enabled state of its parts by the rights
     // and the bound material and renderer, the zoom controls, then updateLUTWidgets().
     void applyEditingState();
