@@ -32,6 +32,12 @@
 #include <vector>
 
 namespace {
+// How often the drawing looks again at a histogram that is being calculated, in ms.
+constexpr int CalculationPollMs = 30;
+// The smallest vertical zoom the histogram's scale is divided by.
+constexpr float MinimumVerticalZoom = 1e-5f;
+// The height of the interval name editor, in pixels.
+constexpr int NameEditHeight = 18;
 
 constexpr int OpacityChannel = OXWLUTIntervalInfo::OpacityChannel;
 // Pixel coordinates outside this range are not drawn.
@@ -462,45 +468,14 @@ void OXWLUTWorkArea::render()
     if (mBuffer->isNull() || mBuffer->width() <= 0 || mBuffer->height() <= 0) {
         return;
     }
-    const int W = mBuffer->width();
-    const int H = mBuffer->height();
     OXWPainter painter(mBuffer.get());
     painter.setFont(font());
-
-    // Message screen.
     if (!mObjectInfo || !isEnabled()) {
-        painter.fillRect(0, 0, W, H, palette().color(QPalette::Window));
-        if (!editAllowed()) {
-            renderMessage(painter, tr("Rendering settings cannot be changed."),
-                          tr("Privileges were not granted by the creator of the OXM file."));
-        } else if (!mRenderObject) {
-            renderMessage(painter, tr("No volume or ROI selected."),
-                          tr("Please select volume or ROI in scene tree."));
-        } else {
-            renderMessage(painter, tr("ROI contains no render settings."),
-                          tr("Please add render settings to ROI."));
-        }
+        renderMessageScreen(painter);
         return;
     }
-
-    // The histogram must be there.
     OXMObject* histogram = mHistogramObject.get();
-    if (!histogram) {
-        return;
-    }
-    if (!OXWTaskProgress::statusBarCallback(histogram, OXM::Calculate, nullptr)) {
-        const OXMAction* calculate = histogram->getAction(OXM::Calculate);
-        const OXMenum code = calculate ? calculate->getErrorCode() : OXMenum(OXM::NoError);
-        if (code == OXM::Running) {
-            painter.fillRect(0, 0, W, H, palette().color(QPalette::Window));
-            painter.setPen(palette().color(QPalette::WindowText));
-            painter.drawText(QRect(0, 0, W, H),
-                             Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap,
-                             tr("calculation in progress..."));
-            mUpdateTimer->start(30);
-        } else if (code == OXM::Abort) {
-            mUpdateTimer->start(30);
-        }
+    if (!histogram || !renderCalculationState(painter, histogram)) {
         return;
     }
     // The histogram does not change while the user drags in the editor: its scale is read
@@ -508,60 +483,102 @@ void OXWLUTWorkArea::render()
     if (mPressAction == PressNone) {
         mHistogramMean = histogramMean();
     }
-    OXMObject* result = histogramResult();
+    renderIntervalBackgrounds(painter, histogramResult());
+    renderAxisTitles(painter);
+    renderIntervals(painter);
+    renderFeedback(painter);
+    if (mIsosurfaceShown) {
+        renderIsosurfaceMarker(painter);
+    }
+}
 
+QRect OXWLUTWorkArea::intervalSpan(const OXWLUTIntervalInfo& interval) const
+{
+    const int left = std::max(0, pixelFromPosition(interval.from()));
+    const int right = std::min(contentsRect().width() - 1, pixelFromPosition(interval.to()));
+    return right < left ? QRect() : QRect(left, 0, right - left + 1, contentsRect().height());
+}
+
+QColor OXWLUTWorkArea::intervalBackground(const OXWLUTIntervalInfo& interval) const
+{
+    const QColor white(Qt::white);
+    return interval.isEnabled() && isEnabled() ? white : white.darker(125);
+}
+
+void OXWLUTWorkArea::renderMessageScreen(OXWPainter& painter)
+{
+    painter.fillRect(mBuffer->rect(), palette().color(QPalette::Window));
+    if (!editAllowed()) {
+        renderMessage(painter, tr("Rendering settings cannot be changed."),
+                      tr("Privileges were not granted by the creator of the OXM file."));
+    } else if (!mRenderObject) {
+        renderMessage(painter, tr("No volume or ROI selected."),
+                      tr("Please select volume or ROI in scene tree."));
+    } else {
+        renderMessage(painter, tr("ROI contains no render settings."),
+                      tr("Please add render settings to ROI."));
+    }
+}
+
+bool OXWLUTWorkArea::renderCalculationState(OXWPainter& painter, OXMObject* histogram)
+{
+    if (OXWTaskProgress::statusBarCallback(histogram, OXM::Calculate, nullptr)) {
+        return true;
+    }
+    const OXMAction* calculate = histogram->getAction(OXM::Calculate);
+    const OXMenum code = calculate ? calculate->getErrorCode() : OXMenum(OXM::NoError);
+    if (code == OXM::Running) {
+        const QRect all = mBuffer->rect();
+        painter.fillRect(all, palette().color(QPalette::Window));
+        painter.setPen(palette().color(QPalette::WindowText));
+        painter.drawText(all, Qt::AlignHCenter | Qt::AlignVCenter | Qt::TextWordWrap,
+                         tr("calculation in progress..."));
+        mUpdateTimer->start(CalculationPollMs);
+    } else if (code == OXM::Abort) {
+        mUpdateTimer->start(CalculationPollMs);
+    }
+    return false;
+}
+
+void OXWLUTWorkArea::renderIntervalBackgrounds(OXWPainter& painter, OXMObject* result)
+{
     const OXWLUTObjectInfo& info = *mObjectInfo;
     const float s = info.greyStep();
-    const bool widgetEnabled = isEnabled();
-    const int count = info.intervalCount();
-
-    auto spanOf = [&](const OXWLUTIntervalInfo& interval, int& left, int& right) {
-        left = std::max(0, pixelFromPosition(interval.from()));
-        right = std::min(W - 1, pixelFromPosition(interval.to()));
-        return left <= right;
-    };
-    auto backgroundOf = [&](const OXWLUTIntervalInfo& interval) {
-        const QColor white(Qt::white);
-        return interval.isEnabled() && widgetEnabled ? white : white.darker(125);
-    };
-
-    // Histogram.
-    float zoom = info.verticalZoom();
-    if (!(zoom >= 1e-5f)) {
-        zoom = 1e-5f;
-    }
-    for (int i = 0; i < count; ++i) {
+    const float zoom =
+        info.verticalZoom() >= MinimumVerticalZoom ? info.verticalZoom() : MinimumVerticalZoom;
+    for (int i = 0; i < info.intervalCount(); ++i) {
         const OXWLUTIntervalInfo& interval = *info.interval(i);
-        int left = 0;
-        int right = 0;
-        if (!spanOf(interval, left, right)) {
+        const QRect span = intervalSpan(interval);
+        if (span.isEmpty()) {
             continue;
         }
-        const QRect span(left, 0, right - left + 1, H);
         painter.setClipRect(span);
-        const QColor background = backgroundOf(interval);
+        const QColor background = intervalBackground(interval);
         painter.fillRect(span, background);
-        if (mHistogramVisible && result) {
-            const double a =
-                std::floor(double(info.greyFromPosition(
-                               std::max(interval.from(), info.visibleGreyFrom()) + s / 2.0f)) -
-                           double(info.greyMin()));
-            const double b =
-                std::floor(double(info.greyFromPosition(
-                               std::min(interval.to(), info.visibleGreyTo()) + s / 2.0f)) -
-                           double(info.greyMin()));
-            const QColor bars = background.darker(125);
-            painter.setPen(bars);
-            painter.setBrush(bars);
-            painter.drawHistogram(span, result,
-                                  QRectF(QPointF(a, 0.0), QPointF(b, 2.0 * mHistogramMean / zoom)),
-                                  -1.0, OXWPainter::Average(), OXWPainter::Bar());
-            painter.setBrush(Qt::NoBrush);
+        if (!mHistogramVisible || !result) {
+            continue;
         }
+        const auto binOf = [&](float position) {
+            return std::floor(double(info.greyFromPosition(position + s / 2.0f)) -
+                              double(info.greyMin()));
+        };
+        const double a = binOf(std::max(interval.from(), info.visibleGreyFrom()));
+        const double b = binOf(std::min(interval.to(), info.visibleGreyTo()));
+        const QColor bars = background.darker(125);
+        painter.setPen(bars);
+        painter.setBrush(bars);
+        painter.drawHistogram(span, result,
+                              QRectF(QPointF(a, 0.0), QPointF(b, 2.0 * mHistogramMean / zoom)),
+                              -1.0, OXWPainter::Average(), OXWPainter::Bar());
+        painter.setBrush(Qt::NoBrush);
     }
     painter.setClipping(false);
+}
 
-    // Axis titles.
+void OXWLUTWorkArea::renderAxisTitles(OXWPainter& painter)
+{
+    const int W = mBuffer->width();
+    const int H = mBuffer->height();
     QFont titleFont = sizedFont(font(), 9);
     titleFont = QFont(titleFont.family(), titleFont.pointSize() - 1);
     painter.setFont(titleFont);
@@ -571,89 +588,97 @@ void OXWLUTWorkArea::render()
     painter.setWorldTransform(QTransform(0, -1, 1, 0, 0, 0));
     painter.drawText(QRect(-15 - H, 0, H, W - 20), Qt::AlignRight | Qt::AlignTop, tr("Opacity"));
     painter.restore();
+}
 
-    // Names, curves, handles and left borders.
+void OXWLUTWorkArea::renderIntervals(OXWPainter& painter)
+{
+    const OXWLUTObjectInfo& info = *mObjectInfo;
     const QFont nameFont = sizedFont(font(), 9);
     const PixelMapping pixels = pixelMapping();
-    QPolygon line;
-    std::vector<OXWPainter::Mark> marks;
-    for (int i = 0; i < count; ++i) {
+    for (int i = 0; i < info.intervalCount(); ++i) {
         const OXWLUTIntervalInfo& interval = *info.interval(i);
-        int left = 0;
-        int right = 0;
-        if (!spanOf(interval, left, right)) {
+        const QRect span = intervalSpan(interval);
+        if (span.isEmpty()) {
             continue;
         }
-        const QRect span(left, 0, right - left + 1, H);
         painter.setClipRect(span);
-        const QColor background = backgroundOf(interval);
-
         if (!interval.name().isEmpty()) {
             painter.setFont(nameFont);
-            painter.setPen(background.darker(200));
-            const int flags = Qt::AlignTop | Qt::AlignHCenter | Qt::TextWordWrap;
-            QRect bounds;
-            painter.drawText(span, flags, interval.name(), &bounds);
-            if (!interval.isEnabled()) {
-                const QRect below(span.left(), bounds.bottom() + 1, span.width(),
-                                  std::max(0, H - bounds.bottom() - 1));
-                painter.drawText(below, Qt::AlignTop | Qt::AlignHCenter, tr("(disabled)"));
-            }
+            renderIntervalName(painter, interval, span);
         }
-
-        const OXWLUTIntervalInfo::HandleList& handles = interval.handles(OpacityChannel);
-        line.clear();
-        marks.clear();
-        for (const auto& handle : handles) {
-            const float x = interval.globalFromLocal(handle.x);
-            const int p = pixels.x(x);
-            const int y = pixels.y(handle.y);
-            line << QPoint(p, y);
-            if (!insidePixelLimit(p) || !insidePixelLimit(y)) {
-                continue;
-            }
-            int l = pixels.x(x - s / 2.0f) + 1;
-            int r = pixels.x(x + s / 2.0f) - 1;
-            if (r - l + 2 < 9) {
-                l = p - 3;
-                r = p + 3;
-            }
-            marks.push_back({l, r, y - 4});
-        }
-        if (handles.size() >= 2) {
-            painter.setPen(QColor(Qt::darkGray));
-            painter.drawColumnPolyline(line);
-        }
-        painter.fillMarks(marks, 8, QColor(Qt::darkGray));
-
+        renderOpacityCurve(painter, interval, pixels);
         const int border = pixelFromPosition(interval.from());
         if (insidePixelLimit(border)) {
             painter.setPen(QColor(Qt::blue));
-            painter.drawLine(border, 0, border, H - 1);
+            painter.drawLine(border, 0, border, mBuffer->height() - 1);
         }
     }
     painter.setClipping(false);
+}
 
-    renderFeedback(painter);
-
-    // Isosurface marker.
-    if (mIsosurfaceShown) {
-        const int p = pixelFromPosition(clamp01(info.isosurface()));
-        painter.setPen(mIsosurfaceActive ? QColor(Qt::red) : QColor(255, 160, 160));
-        painter.drawLine(p, 0, p, H - 1);
-        if (mPressAction == PressIsosurface || mPressAction == PressZoom) {
-            painter.setFont(sizedFont(font(), 9));
-            const QString text =
-                tr("Isosurface: %1")
-                    .arg(numberText(info.calibratedFromPosition(positionFromPixel(p)),
-                                    info.valueDecimals()));
-            QRect rect = painter.fontMetrics().boundingRect(text);
-            rect.moveTopLeft(QPoint(p + 3, 2));
-            rect = shiftInside(rect, QRect(0, 0, W, H));
-            painter.setPen(QColor(Qt::black));
-            painter.drawText(rect, Qt::AlignLeft | Qt::AlignTop, text);
-        }
+void OXWLUTWorkArea::renderIntervalName(OXWPainter& painter, const OXWLUTIntervalInfo& interval,
+                                        const QRect& span)
+{
+    painter.setPen(intervalBackground(interval).darker(200));
+    QRect bounds;
+    painter.drawText(span, Qt::AlignTop | Qt::AlignHCenter | Qt::TextWordWrap, interval.name(),
+                     &bounds);
+    if (!interval.isEnabled()) {
+        const QRect below(span.left(), bounds.bottom() + 1, span.width(),
+                          std::max(0, mBuffer->height() - bounds.bottom() - 1));
+        painter.drawText(below, Qt::AlignTop | Qt::AlignHCenter, tr("(disabled)"));
     }
+}
+
+void OXWLUTWorkArea::renderOpacityCurve(OXWPainter& painter, const OXWLUTIntervalInfo& interval,
+                                        const PixelMapping& pixels)
+{
+    const float s = mObjectInfo->greyStep();
+    const OXWLUTIntervalInfo::HandleList& handles = interval.handles(OpacityChannel);
+    mCurveLine.clear();
+    mCurveMarks.clear();
+    for (const auto& handle : handles) {
+        const float x = interval.globalFromLocal(handle.x);
+        const int p = pixels.x(x);
+        const int y = pixels.y(handle.y);
+        mCurveLine << QPoint(p, y);
+        if (!insidePixelLimit(p) || !insidePixelLimit(y)) {
+            continue;
+        }
+        // The cell of the handle's grey value, at least as wide as a handle mark.
+        int l = pixels.x(x - s / 2.0f) + 1;
+        int r = pixels.x(x + s / 2.0f) - 1;
+        if (r - l + 2 < 9) {
+            l = p - 3;
+            r = p + 3;
+        }
+        mCurveMarks.push_back({l, r, y - 4});
+    }
+    if (handles.size() >= 2) {
+        painter.setPen(QColor(Qt::darkGray));
+        painter.drawColumnPolyline(mCurveLine);
+    }
+    painter.fillMarks(mCurveMarks, 8, QColor(Qt::darkGray));
+}
+
+void OXWLUTWorkArea::renderIsosurfaceMarker(OXWPainter& painter)
+{
+    const OXWLUTObjectInfo& info = *mObjectInfo;
+    const int p = pixelFromPosition(clamp01(info.isosurface()));
+    painter.setPen(mIsosurfaceActive ? QColor(Qt::red) : QColor(255, 160, 160));
+    painter.drawLine(p, 0, p, mBuffer->height() - 1);
+    if (mPressAction != PressIsosurface && mPressAction != PressZoom) {
+        return;
+    }
+    painter.setFont(sizedFont(font(), 9));
+    const QString text = tr("Isosurface: %1")
+                             .arg(numberText(info.calibratedFromPosition(positionFromPixel(p)),
+                                             info.valueDecimals()));
+    QRect rect = painter.fontMetrics().boundingRect(text);
+    rect.moveTopLeft(QPoint(p + 3, 2));
+    rect = shiftInside(rect, mBuffer->rect());
+    painter.setPen(QColor(Qt::black));
+    painter.drawText(rect, Qt::AlignLeft | Qt::AlignTop, text);
 }
 
 QString OXWLUTWorkArea::valueText(float position) const
@@ -882,10 +907,7 @@ void OXWLUTWorkArea::updateHover(const QPoint& pos)
         }
     }
     if (interval && mHoverMode == HoverInside && !(mNameEdit && mNameEdit->isVisible())) {
-        const int left = std::max(0, pixelFromPosition(interval->from()));
-        const int right = std::min(contents.width() - 1, pixelFromPosition(interval->to()));
-        const QRect span(contents.left() + left, contents.top(), right - left + 1,
-                         contents.height());
+        const QRect span = intervalSpan(*interval).translated(contents.topLeft());
         const QRect name = QFontMetrics(font()).boundingRect(
             span, Qt::TextWordWrap | Qt::AlignTop | Qt::AlignHCenter, interval->name());
         if (!interval->name().isEmpty() && name.contains(pos)) {
@@ -1336,9 +1358,8 @@ QRect OXWLUTWorkArea::nameEditGeometry(int height) const
     if (!interval) {
         return QRect(contents.left() + mNameEditLeft, contents.top(), 0, height);
     }
-    const int left = std::max(0, pixelFromPosition(interval->from()));
-    const int right = std::min(pixelFromPosition(interval->to()), contents.width());
-    return QRect(contents.left() + left, contents.top(), right - left, height);
+    const QRect span = intervalSpan(*interval);
+    return QRect(contents.left() + span.left(), contents.top(), span.width(), height);
 }
 
 void OXWLUTWorkArea::beginEditIntervalName()
@@ -1361,12 +1382,7 @@ void OXWLUTWorkArea::beginEditIntervalName()
     }
     mNameEdit->setFont(sizedFont(font(), 9));
     mEditedInterval = nullptr;
-    const QRect geometry = [&] {
-        const QRect contents = contentsRect();
-        const int left = std::max(0, pixelFromPosition(interval->from()));
-        const int right = std::min(pixelFromPosition(interval->to()), contents.width());
-        return QRect(contents.left() + left, contents.top(), right - left, 18);
-    }();
+    const QRect geometry = nameEditGeometry(NameEditHeight);
     mNameEdit->setGeometry(geometry);
     mNameEdit->setText(name);
     mNameEdit->show();

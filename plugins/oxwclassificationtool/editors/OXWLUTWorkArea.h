@@ -5,11 +5,14 @@
 #include <OXMObjectIOCPtr.h>
 #include <OXMObjectPtr.h>
 #include <OXMObjectWeakPtr.h>
+#include <OXWPainter.h>
 
 #include <QFrame>
 #include <QPoint>
+#include <QPolygon>
 
 #include <memory>
+#include <vector>
 
 class OXMObject;
 class OXMTulvoRights;
@@ -213,6 +216,24 @@ private:
     float histogramMean() const;
     OXMObject* histogramResult() const;
     void renderMessage(QPainter& painter, const QString& headline, const QString& text);
+    // The steps of render().
+    void renderMessageScreen(OXWPainter& painter);
+    // Whether the histogram is ready; otherwise its state is drawn (and polled again).
+    bool renderCalculationState(OXWPainter& painter, OXMObject* histogram);
+    void renderIntervalBackgrounds(OXWPainter& painter, OXMObject* result);
+    void renderAxisTitles(OXWPainter& painter);
+    // Names, opacity curves with their handles, and left borders.
+    void renderIntervals(OXWPainter& painter);
+    void renderIntervalName(OXWPainter& painter, const OXWLUTIntervalInfo& interval,
+                            const QRect& span);
+    void renderOpacityCurve(OXWPainter& painter, const OXWLUTIntervalInfo& interval,
+                            const PixelMapping& pixels);
+    void renderIsosurfaceMarker(OXWPainter& painter);
+    // The pixel columns of an interval in the drawing: from its left border's column through
+    // its right border's, both included (the right one is also the next interval's left
+    // border), clamped to the drawing and as high as it; empty when none is visible.
+    QRect intervalSpan(const OXWLUTIntervalInfo& interval) const;
+    QColor intervalBackground(const OXWLUTIntervalInfo& interval) const;
     void renderFeedback(QPainter& painter);
     void drawHandleLabel(QPainter& painter, const OXWLUTIntervalInfo& interval, int k);
     QString valueText(float position) const;
@@ -221,6 +242,9 @@ private:
     float mPositionPerPixel = 1.0f;
     float mHeightPerPixel = 1.0f;
     std::unique_ptr<QPixmap> mBuffer;
+    // The opacity curve and handle marks of one interval, kept to reuse their memory.
+    QPolygon mCurveLine;
+    std::vector<OXWPainter::Mark> mCurveMarks;
     QMenu* mMenu = nullptr;
     QMenu* mNewIntervalMenu = nullptr;
     QMenu* mDeleteIntervalMenu = nullptr;

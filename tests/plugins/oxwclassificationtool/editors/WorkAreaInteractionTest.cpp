@@ -514,6 +514,20 @@ TEST(WorkAreaName, ReturnCommitsTheTypedName)
     EXPECT_EQ(f.workArea->focusProxy(), nullptr);
 }
 
+// The editor covers the interval's columns from its left border through its right border,
+// which is the next interval's left border.
+TEST(WorkAreaName, EditorSpansTheIntervalThroughItsRightBorder)
+{
+    WorkAreaFixture f;
+    f.model->newInterval(0.5f, true); // borders at pixels 0 and 80 of 160
+    f.workArea->updateAll();
+    f.press(f.widgetPoint(40, 5));
+    f.release(f.widgetPoint(40, 5));
+    ASSERT_TRUE(f.workArea->nameEdit() && f.workArea->nameEdit()->isVisible());
+    const int border = f.workArea->pixelFromPosition(f.interval(0)->to());
+    EXPECT_EQ(f.workArea->nameEdit()->geometry(), QRect(2, 2, border + 1, 18));
+}
+
 TEST(WorkAreaName, FocusLossCommitsAndEmptyTextKeepsTheName)
 {
     WorkAreaFixture f;
