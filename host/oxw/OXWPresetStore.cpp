@@ -149,7 +149,7 @@ QString OXWPresetStore::newFileName(const QString& name) const
     return candidate;
 }
 
-bool OXWPresetStore::readBytes(const QString& fileName, QByteArray& bytes, QString& error) const
+bool OXWPresetStore::readBytes(const QString& fileName, QByteArray& bytes, QString& error)
 {
     const QFileInfo info(fileName);
     if (!info.isFile()) {
@@ -278,6 +278,14 @@ bool OXWPresetStore::exportFile(const QString& name, const QString& fileName, QS
 bool OXWPresetStore::writeBytes(const QString& fileName, const QByteArray& bytes,
                                 QString& error) const
 {
+    if (!writeFile(fileName, bytes, error))
+        return false;
+    mScans.remove(QFileInfo(fileName).absoluteFilePath());
+    return true;
+}
+
+bool OXWPresetStore::writeFile(const QString& fileName, const QByteArray& bytes, QString& error)
+{
     QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly)) {
         error = tr("%1 can't be written (%2).").arg(shown(fileName), file.errorString());
@@ -288,7 +296,6 @@ bool OXWPresetStore::writeBytes(const QString& fileName, const QByteArray& bytes
                     .arg(shown(fileName), file.errorString());
         return false;
     }
-    mScans.remove(QFileInfo(fileName).absoluteFilePath());
     return true;
 }
 
