@@ -219,7 +219,7 @@ bool OXWPresetStore::save(const QString& name, const OXMObject& record, QString&
         return false;
     }
     const QString existing = fileOf(name);
-    return writeBytes(existing.isEmpty() ? newFileName(name) : existing, bytes, error);
+    return writeBytes(existing.isEmpty() ? newFileName(name) : existing, bytes, name, error);
 }
 
 bool OXWPresetStore::remove(const QString& name, QString& error)
@@ -261,7 +261,7 @@ bool OXWPresetStore::importFile(const QString& fileName, QString& name, QString&
         !readBytes(fileName, bytes, error))
         return false;
     const QString existing = fileOf(name);
-    return writeBytes(existing.isEmpty() ? newFileName(name) : existing, bytes, error);
+    return writeBytes(existing.isEmpty() ? newFileName(name) : existing, bytes, name, error);
 }
 
 bool OXWPresetStore::exportFile(const QString& name, const QString& fileName, QString& error) const
@@ -272,15 +272,23 @@ bool OXWPresetStore::exportFile(const QString& name, const QString& fileName, QS
         error = tr("There is no preset named \"%1\".").arg(name);
         return false;
     }
-    return readBytes(source, bytes, error) && writeBytes(fileName, bytes, error);
+    return readBytes(source, bytes, error) && writeFile(fileName, bytes, error);
 }
 
 bool OXWPresetStore::writeBytes(const QString& fileName, const QByteArray& bytes,
-                                QString& error) const
+                                const QString& name, QString& error) const
 {
+    const QString path = QFileInfo(fileName).absoluteFilePath();
+    mScans.remove(path);
     if (!writeFile(fileName, bytes, error))
         return false;
-    mScans.remove(QFileInfo(fileName).absoluteFilePath());
+    // What was written need not be read again to be listed.
+    const QFileInfo written(path);
+    Scan s;
+    s.modified = written.lastModified();
+    s.size = written.size();
+    s.name = name;
+    mScans.insert(path, s);
     return true;
 }
 

@@ -93,7 +93,9 @@ private:
     QString newFileName(const QString& name) const;
     // The header's name when the header is one of this store's presets.
     bool checkHeader(const QJsonObject& header, QString& name, QString& error) const;
-    bool writeBytes(const QString& fileName, const QByteArray& bytes, QString& error) const;
+    // Writes a preset file of the folder, holding the preset name, and remembers it as listed.
+    bool writeBytes(const QString& fileName, const QByteArray& bytes, const QString& name,
+                    QString& error) const;
     // Creates the folder; false with the reason when it can't be written.
     bool prepareDirectory(QString& error) const;
 
