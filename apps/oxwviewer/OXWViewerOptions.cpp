@@ -1,9 +1,13 @@
 #include "OXWViewerOptions.h"
 
+#include <OXMObjectSerializer.h>
+#include <OXWPresetStore.h>
+#include <OXWTransferFunctionFile.h>
 #include <OXWVolumeFile.h>
 
 #include <QCommandLineParser>
 #include <QCoreApplication>
+#include <QJsonObject>
 #include <QTextStream>
 
 #include <cstdio>
@@ -17,7 +21,43 @@ bool sampleSizeFits(long long size)
            (unsigned long long)(size * size * size * 3) <= OXWVolumeFile::availableMemory();
 }
 
+// The name in the header of one of the viewer's own preset files.
+int listNativePreset(const QString& fileName, QTextStream& out, QTextStream& err)
+{
+    QByteArray bytes;
+    QJsonObject header;
+    QString error;
+    if (!OXWPresetStore::readBytes(fileName, bytes, error) ||
+        !OXMObjectSerializer::readHeader(bytes, header, &error)) {
+        err << "oxwviewer: " << fileName << ": " << error << "\n";
+        return 1;
+    }
+    out << header.value(QStringLiteral("name")).toString() << ": a preset of this viewer ("
+        << header.value(QStringLiteral("handler")).toString() << ")\n";
+    return 0;
+}
+
 } // namespace
+
+int OXWViewerOptions::listPresets(const QString& fileName, QTextStream& out, QTextStream& err)
+{
+    OXWTransferFunctionFile::Format format;
+    std::vector<OXWTransferFunction> presets;
+    QString error;
+    const bool read = OXWTransferFunctionFile::read(fileName, format, presets, error);
+    if (format == OXWTransferFunctionFile::Format::Native)
+        return listNativePreset(fileName, out, err);
+    if (!read) {
+        err << "oxwviewer: " << error << "\n";
+        return 1;
+    }
+    bool usable = false;
+    for (const OXWTransferFunction& preset : presets) {
+        out << OXWTransferFunctionFile::describe(preset) << "\n";
+        usable = usable || preset.isUsable();
+    }
+    return usable ? 0 : 1;
+}
 
 OXWViewerOptions OXWViewerOptions::parse(int argc, char** argv)
 {
@@ -43,7 +83,13 @@ OXWViewerOptions OXWViewerOptions::parse(int argc, char** argv)
         QStringLiteral("directory"));
     const QCommandLineOption noPlugins(QStringLiteral("no-plugins"),
                                        QStringLiteral("Do not load any plug-in."));
-    parser.addOptions({screenshot, sampleSize, pluginDir, noPlugins});
+    const QCommandLineOption listPresets(
+        QStringLiteral("list-presets"),
+        QStringLiteral("List the presets of a ParaView colour-map or 3D Slicer presets <file> "
+                       "(name, range, opacity and colour points, what is left out) and quit "
+                       "(exit code 1 when the file is refused)."),
+        QStringLiteral("file"));
+    parser.addOptions({screenshot, sampleSize, pluginDir, noPlugins, listPresets});
     parser.addPositionalArgument(QStringLiteral("files"),
                                  QStringLiteral("Volume files or folders to open."),
                                  QStringLiteral("[FILE...]"));
@@ -59,6 +105,11 @@ OXWViewerOptions OXWViewerOptions::parse(int argc, char** argv)
         QTextStream(stdout) << (parser.isSet(help) ? parser.helpText()
                                                    : QStringLiteral("oxwviewer 0.1\n"));
         o.exitCode = 0;
+        return o;
+    }
+    if (parser.isSet(listPresets)) {
+        QTextStream out(stdout);
+        o.exitCode = OXWViewerOptions::listPresets(parser.value(listPresets), out, err);
         return o;
     }
     bool ok = false;

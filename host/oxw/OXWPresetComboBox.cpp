@@ -4,8 +4,10 @@
 #include "OXWFileDialog.h"
 #include "OXWPresetDefaultHandler.h"
 #include "OXWPresetHandler.h"
+#include "OXWPresetImportDialog.h"
 #include "OXWPresetSaveDialog.h"
 #include "OXWPresetStore.h"
+#include "OXWTransferFunctionFile.h"
 
 #include <OXMError.h>
 #include <OXMenum.h>
@@ -17,12 +19,41 @@
 #include <QSignalBlocker>
 #include <QStandardItemModel>
 
+#include <algorithm>
+
 namespace {
 
-QStringList presetFilters()
+QString tr(const char* text)
 {
-    return {QCoreApplication::translate("OXWPresetComboBox", "Presets (*%1)")
-                .arg(QLatin1String(OXWPresetStore::Suffix))};
+    return QCoreApplication::translate("OXWPresetComboBox", text);
+}
+
+// The host's own preset files, ParaView's colour maps and Slicer's presets; when reading, all
+// of them first.
+QStringList presetFilters(bool reading, bool native)
+{
+    const QString own = QStringLiteral("*") + QLatin1String(OXWPresetStore::Suffix);
+    QStringList filters = {tr("ParaView colour maps (*.json)"), tr("3D Slicer presets (*.xml)")};
+    if (native)
+        filters.prepend(tr("Presets (%1)").arg(own));
+    if (reading)
+        filters.prepend(tr("All presets (%1 *.json *.xml)").arg(own));
+    return filters;
+}
+
+// Names for presets imported together: each made valid, a repeated one numbered.
+QStringList importNames(const OXWPresetDefaultHandler& handler,
+                        const std::vector<OXWTransferFunction>& presets)
+{
+    QStringList names;
+    for (const OXWTransferFunction& preset : presets) {
+        const QString name = handler.importName(preset.name);
+        QString unique = name;
+        for (int n = 2; names.contains(unique); ++n)
+            unique = QStringLiteral("%1 %2").arg(name).arg(n);
+        names << unique;
+    }
+    return names;
 }
 
 } // namespace
@@ -131,8 +162,9 @@ void OXWPresetComboBox::showCurrent()
 
     OXWPresetDefaultHandler* storing = storingHandler();
     const bool userPreset = !currentUserPreset().isEmpty();
-    const bool enabled[] = {false, storing && storing->getTargetObject(), storing && userPreset,
-                            storing != nullptr, storing && userPreset};
+    const bool target = storing && storing->getTargetObject();
+    const bool enabled[] = {false, target, storing && userPreset, storing != nullptr,
+                            storing && (userPreset || target)};
     auto* items = qobject_cast<QStandardItemModel*>(model());
     for (int kind = SaveAction; kind <= ExportAction; ++kind) {
         mActions[kind]->setEnabled(enabled[kind]);
@@ -264,35 +296,106 @@ void OXWPresetComboBox::importPreset()
     if (!handler)
         return;
     const QString fileName = OXWFileDialog::getOpenFileName(
-        OXM::Preset, OXWApplication::parsePath("${USER_DOCUMENTS}"), presetFilters(), this,
-        "importPresetDialog", tr("Import Preset"));
-    QString name;
+        OXM::Preset, OXWApplication::parsePath("${USER_DOCUMENTS}"), presetFilters(true, true),
+        this, "importPresetDialog", tr("Import Preset"));
     if (fileName.isEmpty())
         return;
+    OXWTransferFunctionFile::Format format;
+    std::vector<OXWTransferFunction> presets;
+    QString error;
+    const bool read = OXWTransferFunctionFile::read(fileName, format, presets, error);
+    if (format == OXWTransferFunctionFile::Format::Native ||
+        format == OXWTransferFunctionFile::Format::Unknown)
+        importNativePreset(fileName);
+    else if (!read)
+        warn(error);
+    else
+        importForeignPresets(fileName, presets);
+}
+
+void OXWPresetComboBox::importNativePreset(const QString& fileName)
+{
+    OXWPresetDefaultHandler* handler = storingHandler();
+    QString name;
     if (!handler->readPresetFile(fileName, name)) {
         warn(handler->lastError());
         return;
     }
-    if (handler->hasUserPreset(name) &&
-        !confirm(tr("A preset named \"%1\" exists already. Replace it?").arg(name)))
+    if (!confirmReplacing({name}))
         return;
     if (!handler->importPreset(fileName, name))
+        warn(handler->lastError());
+}
+
+void OXWPresetComboBox::importForeignPresets(const QString& fileName,
+                                             const std::vector<OXWTransferFunction>& presets)
+{
+    OXWPresetDefaultHandler* handler = storingHandler();
+    QStringList lines;
+    for (const OXWTransferFunction& preset : presets)
+        lines << OXWTransferFunctionFile::describe(preset);
+    if (std::none_of(presets.begin(), presets.end(),
+                     [](const OXWTransferFunction& p) { return p.isUsable(); })) {
+        warn(tr("%1 holds no preset that can be imported:\n%2")
+                 .arg(QDir::toNativeSeparators(fileName), lines.join(QLatin1Char('\n'))));
+        return;
+    }
+    std::vector<int> chosen = {0};
+    if (presets.size() > 1 && !OXWPresetImportDialog::choose(presets, fileName, chosen, this))
+        return;
+    std::vector<OXWTransferFunction> imported;
+    for (int index : chosen)
+        imported.push_back(presets[std::size_t(index)]);
+    const QStringList names = importNames(*handler, imported);
+    if (!confirmReplacing(names))
+        return;
+    handler->clearLastError();
+    if (!handler->importTransferFunctions(imported, names, fileName))
         warn(handler->lastError());
 }
 
 void OXWPresetComboBox::exportPreset()
 {
     OXWPresetDefaultHandler* handler = storingHandler();
-    const QString name = currentUserPreset();
-    if (!handler || name.isEmpty())
+    const QString userPreset = currentUserPreset();
+    if (!handler || (userPreset.isEmpty() && !handler->getTargetObject()))
         return;
-    const QString start = QDir(OXWApplication::parsePath("${USER_DOCUMENTS}"))
-                              .filePath(QString(name).replace(QLatin1Char('/'), QLatin1Char('_')) +
-                                        QLatin1String(OXWPresetStore::Suffix));
+    QString name = handler->getCurrentPreset();
+    if (name.isEmpty())
+        name = handler->presetCategoryText();
+    const QString suffix =
+        userPreset.isEmpty() ? QStringLiteral(".json") : QLatin1String(OXWPresetStore::Suffix);
+    const QString start =
+        QDir(OXWApplication::parsePath("${USER_DOCUMENTS}"))
+            .filePath(QString(name).replace(QLatin1Char('/'), QLatin1Char('_')) + suffix);
     const QString fileName = OXWFileDialog::getSaveFileName(
-        OXM::Preset, start, presetFilters(), this, "exportPresetDialog", tr("Export Preset"));
-    if (!fileName.isEmpty() && !handler->exportPreset(name, fileName))
-        warn(handler->lastError());
+        OXM::Preset, start, presetFilters(false, !userPreset.isEmpty()), this, "exportPresetDialog",
+        tr("Export Preset"));
+    if (fileName.isEmpty())
+        return;
+    const auto format = OXWTransferFunctionFile::formatOfName(fileName);
+    const bool ok = format == OXWTransferFunctionFile::Format::Native
+                        ? !userPreset.isEmpty() && handler->exportPreset(userPreset, fileName)
+                        : handler->exportTransferFunction(name, fileName, format);
+    if (!ok)
+        warn(handler->lastError().isEmpty() ? tr("The preset could not be exported.")
+                                            : handler->lastError());
+}
+
+bool OXWPresetComboBox::confirmReplacing(const QStringList& names)
+{
+    QStringList existing;
+    for (const QString& name : names) {
+        if (storingHandler()->hasUserPreset(name))
+            existing << name;
+    }
+    if (existing.isEmpty())
+        return true;
+    return confirm(existing.size() == 1
+                       ? tr("A preset named \"%1\" exists already. Replace it?").arg(existing[0])
+                       : tr("%1 presets of these names exist already: %2. Replace them?")
+                             .arg(existing.size())
+                             .arg(existing.join(QStringLiteral(", "))));
 }
 
 bool OXWPresetComboBox::confirm(const QString& question)

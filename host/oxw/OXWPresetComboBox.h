@@ -3,6 +3,7 @@
 #include <OXMIOC.h>
 #include <OXMObjectIOCPtr.h>
 #include <OXMenum.h>
+#include <OXWTransferFunction.h>
 
 #include <QComboBox>
 #include <QString>
@@ -43,8 +44,13 @@ class QAction;
 //   replacing asks first) and saves the target; the saved preset becomes current.
 // - Remove: removes the current user preset after asking.
 // - Import: picks a preset file with the host's file dialog (identity OXM::Preset), checks it
-//   completely and copies it among the user presets (replacing asks first).
-// - Export: writes the current user preset to a file chosen with the host's file dialog.
+//   completely and copies it among the user presets (replacing asks first). A ParaView
+//   colour-map or 3D Slicer presets file (OXWTransferFunctionFile, told by its content) becomes
+//   user presets through the handler (importTransferFunctions); when it holds several presets,
+//   OXWPresetImportDialog lets the user pick some or import all.
+// - Export: writes the current user preset to a file chosen with the host's file dialog; a
+//   ".json" or ".xml" file receives the target's state as a ParaView colour map or as Slicer
+//   presets (exportTransferFunction), also when no user preset is current.
 // They need a handler that stores presets (OXWPresetDefaultHandler); their failures are
 // explained in a message box.
 class OXWPresetComboBox : public QComboBox, public OXMIOC
@@ -128,11 +134,16 @@ private:
     // Selects the current preset's item with its marker and enables the actions.
     void showCurrent();
     void addActionItems();
+    void importNativePreset(const QString& fileName);
+    void importForeignPresets(const QString& fileName,
+                              const std::vector<OXWTransferFunction>& presets);
     // The handler when it stores presets.
     OXWPresetDefaultHandler* storingHandler() const;
     // The current preset when it is a user preset; empty otherwise.
     QString currentUserPreset() const;
     bool confirm(const QString& question);
+    // Asks before replacing those of the user presets named that exist; true when none does.
+    bool confirmReplacing(const QStringList& names);
     void warn(const QString& text);
 
     QString mPresetType;

@@ -1,5 +1,6 @@
 #include "OXWPresetDefaultHandler.h"
 
+#include <OXMError.h>
 #include <OXMJsonPropertyCodec.h>
 #include <OXMMetaClass.h>
 #include <OXMProperty.h>
@@ -141,6 +142,87 @@ bool OXWPresetDefaultHandler::exportPreset(const QString& name, const QString& f
 {
     QString error;
     return result(mStore.exportFile(name, fileName, error), error);
+}
+
+OXMObjectPtr OXWPresetDefaultHandler::recordFromTransferFunction(const OXWTransferFunction&) const
+{
+    return OXMObjectPtr();
+}
+
+bool OXWPresetDefaultHandler::targetTransferFunction(OXWTransferFunction&) const
+{
+    return false;
+}
+
+QString OXWPresetDefaultHandler::importName(const QString& name) const
+{
+    QString valid;
+    for (const QChar c : name)
+        valid += OXWPresetStore::checkName(QString(c)).isEmpty() ? c : QLatin1Char(' ');
+    valid = valid.simplified().left(OXWPresetStore::MaxNameLength - 12);
+    if (valid.isEmpty())
+        valid = tr("Imported preset");
+    return checkPresetName(valid).isEmpty() ? valid : tr("%1 (imported)").arg(valid);
+}
+
+bool OXWPresetDefaultHandler::makeRecords(const std::vector<OXWTransferFunction>& presets,
+                                          std::vector<OXMObjectPtr>& records) const
+{
+    for (const OXWTransferFunction& preset : presets) {
+        records.push_back(preset.isUsable() ? recordFromTransferFunction(preset) : OXMObjectPtr());
+        if (!records.back())
+            return result(
+                false,
+                tr("The preset \"%1\" can't be imported as a %2 preset.").arg(preset.name, mName));
+    }
+    return true;
+}
+
+bool OXWPresetDefaultHandler::storeRecords(const std::vector<OXMObjectPtr>& records,
+                                           const QStringList& names)
+{
+    QStringList added;
+    QString error;
+    for (std::size_t i = 0; i < records.size() && error.isEmpty(); ++i) {
+        const QString& name = names[int(i)];
+        const bool existed = mStore.contains(name);
+        error = checkPresetName(name);
+        if (error.isEmpty() && mStore.save(name, *records[i], error) && !existed)
+            added << name;
+    }
+    QString ignored;
+    for (const QString& name : error.isEmpty() ? QStringList() : added)
+        mStore.remove(name, ignored);
+    announceStoreChange();
+    return result(error.isEmpty(), error);
+}
+
+bool OXWPresetDefaultHandler::importTransferFunctions(
+    const std::vector<OXWTransferFunction>& presets, const QStringList& names,
+    const QString& fileName)
+{
+    std::vector<OXMObjectPtr> records;
+    if (names.size() != int(presets.size()))
+        return result(false, tr("Every imported preset needs a name."));
+    if (!makeRecords(presets, records) || !storeRecords(records, names))
+        return false;
+    for (const OXWTransferFunction& preset : presets) {
+        const QString line = OXWTransferFunctionFile::leftOutMessage(preset, fileName);
+        if (!line.isEmpty())
+            OXMError::emitError(this, OXM::InvalidValue, line);
+    }
+    return true;
+}
+
+bool OXWPresetDefaultHandler::exportTransferFunction(const QString& name, const QString& fileName,
+                                                     OXWTransferFunctionFile::Format format) const
+{
+    OXWTransferFunction preset;
+    QString error;
+    if (!targetTransferFunction(preset))
+        return result(false, tr("There is no %1 to export.").arg(mName));
+    preset.name = name;
+    return result(OXWTransferFunctionFile::write(fileName, format, {preset}, error), error);
 }
 
 bool OXWPresetDefaultHandler::result(bool ok, const QString& error) const

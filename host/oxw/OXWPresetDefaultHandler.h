@@ -2,6 +2,7 @@
 
 #include "OXWPresetHandler.h"
 #include "OXWPresetStore.h"
+#include "OXWTransferFunctionFile.h"
 
 #include <OXMObjectPtr.h>
 
@@ -56,6 +57,26 @@ public:
     bool importPreset(const QString& fileName, QString& name);
     bool exportPreset(const QString& name, const QString& fileName) const;
 
+    // --- presets of other viewers (OXWTransferFunctionFile)
+    // The record of a user preset made from another viewer's transfer function; null when
+    // this kind of preset can't hold one (the base: always).
+    virtual OXMObjectPtr recordFromTransferFunction(const OXWTransferFunction& preset) const;
+    // The target's state as one transfer function for another viewer; false when there is
+    // none (the base: always).
+    virtual bool targetTransferFunction(OXWTransferFunction& preset) const;
+    // The name an imported preset gets: its own with control characters made spaces and cut
+    // to the longest name, " (imported)" added to a built-in preset's name.
+    QString importName(const QString& name) const;
+    // Imports the presets as user presets under the names (one each). Every record is made
+    // before the first is stored; when storing one fails, the presets this call added are
+    // removed again. Each preset imported without something it holds is reported as one line
+    // in the host's error channel (OXM::InvalidValue).
+    bool importTransferFunctions(const std::vector<OXWTransferFunction>& presets,
+                                 const QStringList& names, const QString& fileName);
+    // Writes the target's state, named name, as a file of another viewer.
+    bool exportTransferFunction(const QString& name, const QString& fileName,
+                                OXWTransferFunctionFile::Format format) const;
+
     OXWPresetStore& store() { return mStore; }
     const OXWPresetStore& store() const { return mStore; }
     QString lastError() const { return mLastError; }
@@ -67,6 +88,12 @@ protected:
     void announceStoreChange();
 
 private:
+    // The records of every preset; false (with lastError) at the first that can't be made.
+    bool makeRecords(const std::vector<OXWTransferFunction>& presets,
+                     std::vector<OXMObjectPtr>& records) const;
+    // Stores the records under the names; when one fails, removes those this call added.
+    bool storeRecords(const std::vector<OXMObjectPtr>& records, const QStringList& names);
+
     QString mName;
     OXWPresetStore mStore;
     mutable QString mLastError;

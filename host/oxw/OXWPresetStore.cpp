@@ -149,7 +149,7 @@ QString OXWPresetStore::newFileName(const QString& name) const
     return candidate;
 }
 
-bool OXWPresetStore::readBytes(const QString& fileName, QByteArray& bytes, QString& error) const
+bool OXWPresetStore::readBytes(const QString& fileName, QByteArray& bytes, QString& error)
 {
     const QFileInfo info(fileName);
     if (!info.isFile()) {
@@ -219,7 +219,7 @@ bool OXWPresetStore::save(const QString& name, const OXMObject& record, QString&
         return false;
     }
     const QString existing = fileOf(name);
-    return writeBytes(existing.isEmpty() ? newFileName(name) : existing, bytes, error);
+    return writeBytes(existing.isEmpty() ? newFileName(name) : existing, bytes, name, error);
 }
 
 bool OXWPresetStore::remove(const QString& name, QString& error)
@@ -261,7 +261,7 @@ bool OXWPresetStore::importFile(const QString& fileName, QString& name, QString&
         !readBytes(fileName, bytes, error))
         return false;
     const QString existing = fileOf(name);
-    return writeBytes(existing.isEmpty() ? newFileName(name) : existing, bytes, error);
+    return writeBytes(existing.isEmpty() ? newFileName(name) : existing, bytes, name, error);
 }
 
 bool OXWPresetStore::exportFile(const QString& name, const QString& fileName, QString& error) const
@@ -272,11 +272,27 @@ bool OXWPresetStore::exportFile(const QString& name, const QString& fileName, QS
         error = tr("There is no preset named \"%1\".").arg(name);
         return false;
     }
-    return readBytes(source, bytes, error) && writeBytes(fileName, bytes, error);
+    return readBytes(source, bytes, error) && writeFile(fileName, bytes, error);
 }
 
 bool OXWPresetStore::writeBytes(const QString& fileName, const QByteArray& bytes,
-                                QString& error) const
+                                const QString& name, QString& error) const
+{
+    const QString path = QFileInfo(fileName).absoluteFilePath();
+    mScans.remove(path);
+    if (!writeFile(fileName, bytes, error))
+        return false;
+    // What was written need not be read again to be listed.
+    const QFileInfo written(path);
+    Scan s;
+    s.modified = written.lastModified();
+    s.size = written.size();
+    s.name = name;
+    mScans.insert(path, s);
+    return true;
+}
+
+bool OXWPresetStore::writeFile(const QString& fileName, const QByteArray& bytes, QString& error)
 {
     QSaveFile file(fileName);
     if (!file.open(QIODevice::WriteOnly)) {
@@ -288,7 +304,6 @@ bool OXWPresetStore::writeBytes(const QString& fileName, const QByteArray& bytes
                     .arg(shown(fileName), file.errorString());
         return false;
     }
-    mScans.remove(QFileInfo(fileName).absoluteFilePath());
     return true;
 }
 

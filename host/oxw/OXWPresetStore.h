@@ -71,6 +71,12 @@ public:
     bool importFile(const QString& fileName, QString& name, QString& error);
     bool exportFile(const QString& name, const QString& fileName, QString& error) const;
 
+    // The whole file when it is a file of at most MaxFileSize bytes; else false with the
+    // reason (a phrase, without the file's name unless it is no file).
+    static bool readBytes(const QString& fileName, QByteArray& bytes, QString& error);
+    // Writes the file atomically (QSaveFile); false with a sentence naming the file.
+    static bool writeFile(const QString& fileName, const QByteArray& bytes, QString& error);
+
 private:
     struct Scan
     {
@@ -85,10 +91,11 @@ private:
     Scan& scan(const QString& fileName) const;
     QString fileOf(const QString& name) const;
     QString newFileName(const QString& name) const;
-    bool readBytes(const QString& fileName, QByteArray& bytes, QString& error) const;
     // The header's name when the header is one of this store's presets.
     bool checkHeader(const QJsonObject& header, QString& name, QString& error) const;
-    bool writeBytes(const QString& fileName, const QByteArray& bytes, QString& error) const;
+    // Writes a preset file of the folder, holding the preset name, and remembers it as listed.
+    bool writeBytes(const QString& fileName, const QByteArray& bytes, const QString& name,
+                    QString& error) const;
     // Creates the folder; false with the reason when it can't be written.
     bool prepareDirectory(QString& error) const;
 

@@ -2,6 +2,7 @@
 
 #include "OXWClassificationToolEnums.h"
 #include "OXWPresetSaveDialogExtensionWidget.h"
+#include "OXWPresetTransferFunctionMapping.h"
 #include "OXWRenderMethodTable.h"
 
 #include <OXMMetaClass.h>
@@ -268,6 +269,23 @@ bool OXWPresetClassificationHandler::copyRenderSettingsInto(OXMObject* record) c
     ok = record->copyProperty(settings, OXM::SamplingDistance) && ok;
     ok = record->setValue(OXM::GradientNormalization, OXM::False) && ok;
     return record->setValue(ShadingCountLimitName, 0) && ok;
+}
+
+// --- presets of other viewers ----------------------------------------------------------------
+
+OXMObjectPtr
+OXWPresetClassificationHandler::recordFromTransferFunction(const OXWTransferFunction& preset) const
+{
+    const OXMNoUndoScope scratch; // the record is made, stored and thrown away
+    return OXWPresetTransferFunctionMapping::toRecord(preset);
+}
+
+bool OXWPresetClassificationHandler::targetTransferFunction(OXWTransferFunction& preset) const
+{
+    const OXMObject* material = targetMaterial();
+    Range range;
+    return material && greyValueRange(range) &&
+           OXWPresetTransferFunctionMapping::fromMaterial(*material, range, preset);
 }
 
 // --- applying a stored preset ----------------------------------------------------------------

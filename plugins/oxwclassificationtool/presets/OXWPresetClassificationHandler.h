@@ -57,6 +57,10 @@ public:
     // A new OXWPresetSaveDialogExtensionWidget of this handler (no parent).
     QWidget* createSaveDialogExtension() override;
     bool setTargetObject(OXMObject* target) override;
+    // Presets of other viewers: see OXWPresetTransferFunctionMapping. The target's transfer
+    // function covers the histogram's bin range.
+    OXMObjectPtr recordFromTransferFunction(const OXWTransferFunction& preset) const override;
+    bool targetTransferFunction(OXWTransferFunction& preset) const override;
     void iocCallback(OXMIOC::Message& message) override;
 
     // Whether the next preset saved is absolute; applying a preset sets it to its mode.

@@ -2,6 +2,7 @@
 
 #include "OXWModalAnswers.h"
 #include "OXWPresetHandler.h"
+#include "OXWPresetImportDialog.h"
 #include "OXWPresetSaveDialog.h"
 #include "OXWPresetTestHandler.h"
 
@@ -13,6 +14,8 @@
 
 #include <QAction>
 #include <QFile>
+#include <QListWidget>
+#include <QPushButton>
 #include <QSettings>
 #include <QTemporaryDir>
 
@@ -202,4 +205,42 @@ TEST_F(PresetBox, ExportImportAndRemoveGoThroughTheHostsDialogs)
     OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Ok)};
     box.importPresetAction()->trigger();
     EXPECT_TRUE(answers.texts.value(0).contains("is no usable preset file"));
+}
+
+// A file of several presets of another viewer: all of it, or the one picked, becomes user
+// presets; one log line for a preset imported without something it holds.
+TEST_F(PresetBox, ImportsAllOrThePickedPresetsOfAnotherViewersFile)
+{
+    using Dialog = OXWPresetImportDialog;
+    const struct
+    {
+        OXWModalAnswers::Answer answer;
+        QStringList imported;
+        int logLines;
+    } rows[] = {{[](QWidget* w) { qobject_cast<Dialog*>(w)->importAllButton()->click(); },
+                 {"CT-Bone", "MR-Flat"},
+                 1},
+                {[](QWidget* w) {
+                     qobject_cast<Dialog*>(w)->presetList()->item(0)->setSelected(true);
+                     qobject_cast<Dialog*>(w)->importButton()->click();
+                 },
+                 {"CT-Bone"},
+                 0}};
+    for (const auto& row : rows) {
+        for (const char* name : {"CT-Bone", "MR-Flat"})
+            handler.deletePreset(name, OXM::UserPreset);
+        errors.clear();
+        OXWFileDialog::queueTestAnswer({QStringLiteral(OXW_TEST_PRESET_FILES "/slicer.xml"), {}});
+        OXWModalAnswers answers{row.answer};
+        box.importPresetAction()->trigger();
+        EXPECT_EQ(answers.unexpected, 0);
+        QStringList names;
+        handler.getPresetList(names, OXM::UserPreset);
+        EXPECT_EQ(names, row.imported);
+        EXPECT_EQ(errors.size(), row.logLines);
+        EXPECT_EQ(
+            dynamic_cast<PresetTestRecord*>(handler.loadPreset("CT-Bone", OXM::UserPreset, 0).get())
+                ->scale(),
+            4.0f);
+    }
 }

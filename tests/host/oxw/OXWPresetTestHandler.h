@@ -3,7 +3,8 @@
 // A preset handler of a simple kind for the tests of the host's preset machinery: the target
 // and the records are PresetTestRecord objects with one value, OXM::Scale. There is one
 // built-in preset, "Ramp" (scale 0.5); the save dialog extension is a check box; a change of
-// the target's scale marks the current preset modified.
+// the target's scale marks the current preset modified. Another viewer's preset becomes a
+// record whose scale is its number of colour points.
 
 #include <OXMClassFactory.h>
 #include <OXMMetaClass.h>
@@ -68,6 +69,13 @@ public:
             return target && name == QLatin1String("Ramp") && target->setValue(OXM::Scale, 0.5f);
         const OXMObjectPtr record = loadPreset(name, type, 0);
         return target && record && target->copyProperty(record.get(), OXM::Scale);
+    }
+    // Presets of other viewers: the scale is the number of colour points.
+    OXMObjectPtr recordFromTransferFunction(const OXWTransferFunction& preset) const override
+    {
+        OXMObjectPtr record(new PresetTestRecord);
+        record->setValue(OXM::Scale, float(preset.colours.size()));
+        return record;
     }
     QWidget* createSaveDialogExtension() override { return new QCheckBox(QStringLiteral("Extra")); }
     bool setTargetObject(OXMObject* target) override

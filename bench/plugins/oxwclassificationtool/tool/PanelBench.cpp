@@ -8,6 +8,12 @@
 // values; the curve has 1 000 handles (256 on the 256-value axis: one per cell).
 // Baselines of the same run: the work area's render alone, and the host write alone.
 //
+// Import: a ParaView colour map of 2 000 colour and 2 000 opacity points (Diverging colour
+// space) read from its file and made a classification preset record (second argument 0), and
+// the whole import of the preset box, which also stores the record as a preset file through
+// the host's object serializer (1); compared with the drag step at 65 536 grey values of the
+// same run.
+//
 // Re-read: updateObjectInfo() of a classification of 100 intervals with 1 000 handles per
 // interval in each of the four channels (a 131 072-value axis), and with 250 handles to show
 // how it scales; the repaint that follows is measured separately. Baseline: reading the four
@@ -17,6 +23,7 @@
 #include <OXWLUTIntervalInfo.h>
 #include <OXWLUTObjectInfo.h>
 #include <OXWLUTWorkArea.h>
+#include <OXWPresetClassificationHandler.h>
 
 #include <OXMHistogram.h>
 #include <OXMObjectPath.h>
@@ -28,12 +35,15 @@
 #include <OXMVolumeRenderObject.h>
 #include <OXWApplication.h>
 #include <OXWSampleScene.h>
+#include <OXWTransferFunctionFile.h>
 
 #include <benchmark/benchmark.h>
 
 #include <QApplication>
 #include <QElapsedTimer>
+#include <QFile>
 #include <QMouseEvent>
+#include <QTemporaryDir>
 #include <QThread>
 #include <QTimer>
 
@@ -270,6 +280,55 @@ void BM_Baseline_HostWrite(benchmark::State& state)
     }
 }
 BENCHMARK(BM_Baseline_HostWrite)->Unit(benchmark::kMicrosecond);
+
+// --- import ------------------------------------------------------------------------------
+
+QByteArray colourMapOf(int points)
+{
+    QByteArray colours, opacity;
+    for (int k = 0; k < points; ++k) {
+        const double t = double(k) / (points - 1);
+        colours += QByteArray::number(t) + ", " + QByteArray::number(t) + ", " +
+                   QByteArray::number(1.0 - t) + ", " + QByteArray::number(0.5 * t) + ", ";
+        opacity += QByteArray::number(t) + ", " + QByteArray::number(t * t) + ", 0.5, 0, ";
+    }
+    colours.chop(2);
+    opacity.chop(2);
+    return "[{\"Name\": \"Bench\", \"ColorSpace\": \"Diverging\", \"RGBPoints\": [" + colours +
+           "], \"Points\": [" + opacity + "]}]";
+}
+
+void BM_ImportColorMap(benchmark::State& state)
+{
+    PanelScene scene(65536);
+    QTemporaryDir folder;
+    QFile file(folder.filePath(QStringLiteral("bench.json")));
+    if (!scene.panel || !file.open(QIODevice::WriteOnly) ||
+        file.write(colourMapOf(int(state.range(0)))) < 0) {
+        state.SkipWithError("the scene or the file could not be made");
+        return;
+    }
+    file.close();
+    OXWPresetClassificationHandler handler(scene.volume);
+    handler.setHistogramObject(scene.volume->getHistogram());
+    handler.store().setDirectory(folder.filePath(QStringLiteral("presets")));
+    const bool store = state.range(1) != 0;
+    for (auto _ : state) {
+        OXWTransferFunctionFile::Format format;
+        std::vector<OXWTransferFunction> presets;
+        QString error;
+        const bool read = OXWTransferFunctionFile::read(file.fileName(), format, presets, error);
+        const bool imported =
+            read && (store ? handler.importTransferFunctions(presets, {QStringLiteral("Bench")},
+                                                             file.fileName())
+                           : bool(handler.recordFromTransferFunction(presets.front())));
+        if (!imported) {
+            state.SkipWithError("the colour map was not imported");
+            return;
+        }
+    }
+}
+BENCHMARK(BM_ImportColorMap)->Args({2000, 0})->Args({2000, 1})->Unit(benchmark::kMicrosecond);
 
 // --- re-read -----------------------------------------------------------------------------
 

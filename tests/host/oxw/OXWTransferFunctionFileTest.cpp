@@ -1,0 +1,152 @@
+// The readers and writers of other viewers' preset files on files written by hand from the
+// formats' descriptions (presetfiles/): what each preset becomes, the curves kept through the
+// sampling of colour spaces, midpoints and steps, and what is refused.
+
+#include <OXWTransferFunctionFile.h>
+
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using Format = OXWTransferFunctionFile::Format;
+
+std::vector<OXWTransferFunction> readFile(const char* name)
+{
+    Format format;
+    std::vector<OXWTransferFunction> presets;
+    QString error;
+    EXPECT_TRUE(OXWTransferFunctionFile::read(QStringLiteral(OXW_TEST_PRESET_FILES "/") + name,
+                                              format, presets, error))
+        << error.toStdString();
+    return presets;
+}
+
+// The piecewise-linear curve through points at x (clamped at the ends).
+template <typename Point, typename Value>
+double at(const std::vector<Point>& points, double x, Value value)
+{
+    std::size_t i = 1;
+    while (i + 1 < points.size() && points[i].x < x)
+        ++i;
+    const Point& a = points[i - 1];
+    const Point& b = points[i];
+    const double t = std::min(1.0, std::max(0.0, (x - a.x) / (b.x - a.x)));
+    return value(a) + t * (value(b) - value(a));
+}
+
+struct Expected
+{
+    const char* name;
+    const char* line; // OXWTransferFunctionFile::describe
+};
+
+// Every preset of the hand-written files, as a listing shows it.
+TEST(OXWTransferFunctionFile, ReadsEveryPresetOfTheHandWrittenFiles)
+{
+    const Expected paraview[] = {
+        {"Warm linear", "range 0 .. 1 (relative), 3 opacity points, 3 colour points"},
+        {"Cool to Warm", "2 opacity points, 2 colour points; left out: NaN colour"},
+        {"Hue", "range 0 .. 10 (relative), 0 opacity points, 2 colour points; left out: log"},
+        {"Steps", "range 0 .. 2 (relative), 2 opacity points, 3 colour points"},
+        {"Categories", "left out: categorical colours"},
+        {"Perceptual", "range 0 .. 100"},
+        {"Broken", "refused: \"RGBPoints\" holds 3 numbers, not a multiple of 4"},
+        {"Unsorted", "refused: the colour points are not in strictly ascending order"},
+        {"Text", "refused: \"RGBPoints\" holds something other than a finite number at 1"}};
+    const Expected slicer[] = {
+        {"CT-Bone", "range 0 .. 3400 (absolute), 4 opacity points, 4 colour points"},
+        {"MR-Flat", "left out: gradient opacity, nearest-neighbour interpolation, shading off"},
+        {"Bad count", "refused: \"scalarOpacity\" announces 6 numbers, holds 4"},
+        {"Not finite", "refused: \"scalarOpacity\" holds \"nan\", no finite number"},
+        {"Repeated x", "refused: the opacity points are not in strictly ascending order"}};
+    const std::pair<const char*, std::vector<Expected>> files[] = {
+        {"paraview.json", {std::begin(paraview), std::end(paraview)}},
+        {"slicer.xml", {std::begin(slicer), std::end(slicer)}}};
+    for (const auto& [file, expected] : files) {
+        const std::vector<OXWTransferFunction> presets = readFile(file);
+        ASSERT_EQ(presets.size(), expected.size()) << file;
+        for (std::size_t i = 0; i < presets.size(); ++i) {
+            const QString line = OXWTransferFunctionFile::describe(presets[i]);
+            EXPECT_EQ(presets[i].name, QLatin1String(expected[i].name));
+            EXPECT_TRUE(line.contains(QLatin1String(expected[i].line))) << line.toStdString();
+        }
+    }
+}
+
+// Values of the sampled curves against what the source viewers show there.
+TEST(OXWTransferFunctionFile, SampledCurvesKeepTheViewersCurves)
+{
+    const std::vector<OXWTransferFunction> p = readFile("paraview.json");
+    const auto r = [](const auto& c) { return c.r; };
+    const auto g = [](const auto& c) { return c.g; };
+    const auto b = [](const auto& c) { return c.b; };
+    const auto a = [](const auto& o) { return o.a; };
+    const struct
+    {
+        const char* what;
+        double value;
+        double expected;
+    } rows[] = {// Moreland's cool-to-warm map is grey 0.865 in its middle.
+                {"diverging red", at(p[1].colours, 0.0, r), 0.865},
+                {"diverging blue", at(p[1].colours, 0.0, b), 0.865},
+                // Midpoint 0.25: halfway at a quarter of the interval, eased by sharpness 0.5.
+                {"midpoint", at(p[1].opacity, -0.5, a), 0.5},
+                // HSV from red to blue passes through green.
+                {"hsv green", at(p[2].colours, 5.0, g), 1.0},
+                {"hsv red", at(p[2].colours, 5.0, r), 0.0},
+                {"default opacity ramp", at(p[2].opacity, 2.5, a), 0.25},
+                // Step: a node's colour up to the next node.
+                {"step held", at(p[3].colours, 0.99, r), 1.0},
+                {"step next", at(p[3].colours, 1.0, g), 1.0},
+                // Sharpness 1: a step at the midpoint (0.75 of 0 .. 2).
+                {"opacity step before", at(p[3].opacity, 1.49, a), 0.2},
+                {"opacity step after", at(p[3].opacity, 1.51, a), 0.8},
+                {"lab grey", at(p[5].colours, 50.0, r), 0.4663},
+                {"linear kept", double(p[0].colours.size() + p[0].opacity.size()), 6.0}};
+    for (const auto& row : rows)
+        EXPECT_NEAR(row.value, row.expected, 1.5 / 255.0) << row.what;
+    const OXWTransferFunction& bone = readFile("slicer.xml")[0];
+    EXPECT_EQ(bone.opacity[2].x, 1300.0);
+    EXPECT_EQ(bone.colours[1].g, 0.5);
+    const double material[] = {bone.ambient, bone.diffuse, bone.specular, bone.specularPower,
+                               bone.gradientOpacity};
+    EXPECT_EQ(std::vector<double>(std::begin(material), std::end(material)),
+              (std::vector<double>{0.1, 0.9, 0.2, 10.0, 1.0}));
+}
+
+// Files refused as a whole name the file and the reason; nothing of them is returned.
+TEST(OXWTransferFunctionFile, RefusesBadFilesWithAReason)
+{
+    QTemporaryDir dir;
+    const struct
+    {
+        QByteArray bytes;
+        qint64 size; // > 0: a file of this size instead
+        const char* reason;
+    } rows[] = {
+        {"[{\"Name\": \"a\", \"RGBPoints\": [0, 1", 0, "no valid JSON"},
+        {"<MRML><VolumeProperty name=\"a\"></MRML>", 0, "no well-formed XML"},
+        {"<MRML></MRML>", 0, "holds no VolumeProperty element"},
+        {"[]", 0, "holds no colour map"},
+        {"NRRD0004", 0, "neither a ParaView colour map (JSON) nor a 3D Slicer presets file"},
+        {"", 100 * 1024 * 1024, "larger than 64 MiB"}};
+    for (const auto& row : rows) {
+        QFile file(dir.filePath(QStringLiteral("presets")));
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly | QIODevice::Truncate));
+        file.write(row.bytes);
+        ASSERT_TRUE(file.resize(std::max(row.size, qint64(row.bytes.size()))));
+        file.close();
+        Format format;
+        std::vector<OXWTransferFunction> presets;
+        QString error;
+        EXPECT_FALSE(OXWTransferFunctionFile::read(file.fileName(), format, presets, error));
+        EXPECT_TRUE(presets.empty());
+        EXPECT_TRUE(error.contains(file.fileName()) && error.contains(row.reason))
+            << error.toStdString();
+    }
+}
+
+} // namespace

@@ -1,0 +1,8 @@
+// libFuzzer target of the 3D Slicer presets reader (see PresetFormatFuzz.h).
+
+#include "PresetFormatFuzz.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
+{
+    return presetfuzz::run(data, size, OXWTransferFunctionFile::Format::Slicer);
+}
