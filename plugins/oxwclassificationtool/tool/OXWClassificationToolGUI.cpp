@@ -1698,78 +1698,81 @@ void OXWClassificationToolGUI::readRenderingControls()
     OXMObject* volume = table.mVolume.get();
     OXMObject* plugin = table.mRenderPlugin.get();
     OXMObject* settings = table.mRenderSettings.get();
-
-    if (plugin && settings) {
-        float distance = 1.0f;
-        if (plugin->getValue(OXM::SamplingDistance, distance) ||
-            settings->getValue(OXM::SamplingDistance, distance)) {
-            mOversamplingSpinBox->setEnabled(true);
-            OXWBlockSignalsScope block(mOversamplingSpinBox);
-            if (distance > 0.0f) {
-                mOversamplingSpinBox->setValue(1.0 / double(distance));
-            }
-        }
-    } else {
-        mOversamplingSpinBox->setEnabled(false);
-    }
-
+    readOversampling(plugin, settings);
     OXMenum shading = OXM::Unknown;
     if (plugin && settings && !plugin->getValue(OXMenum(ShadingModelName), shading)) {
         settings->getValue(OXM::RenderingMode, shading);
     }
-    if (plugin) {
-        mRenderMethodGroupBox->setEnabled(true);
-        const OXMMetaClass* meta = plugin->getMetaClass();
-        table.fillComboBox(
-            mRenderMethodComboBox,
-            table.displayNameFor(QString::fromLatin1(meta ? meta->getClassName() : ""), shading));
-    } else {
-        mRenderMethodComboBox->clear();
-        mRenderMethodComboBox->addItem(tr("--"));
-        mRenderMethodGroupBox->setEnabled(false);
-    }
+    readRenderMethod(plugin, shading);
 
     const bool isosurface = plugin && plugin->isOfType("OXMRaytracing::Isosurface::RenderPlugin");
     OXWBlockSignalsScope blockHidden(mHiddenSurfaceRemovalCheckBox);
     OXWBlockSignalsScope blockInverted(mSurfaceInvertedCheckBox);
     OXWBlockSignalsScope blockGradient(mGradientNormalizationCheckBox);
     OXWBlockSignalsScope blockCalibration(mWorkAreaUseCalibrationButton);
-    if (isosurface && settings) {
-        OXMenum inverted = OXM::False;
-        int limit = 0;
-        settings->getValue(OXMenum(SurfaceInvertedName), inverted);
-        settings->getValue(OXMenum(ShadingCountLimitName), limit);
-        mSurfaceInvertedCheckBox->setChecked(inverted == OXM::True);
-        mHiddenSurfaceRemovalCheckBox->setChecked(limit == 1);
-        mSurfaceInvertedCheckBox->setEnabled(true);
-        mHiddenSurfaceRemovalCheckBox->setEnabled(true);
-    } else {
-        mSurfaceInvertedCheckBox->setChecked(false);
-        mHiddenSurfaceRemovalCheckBox->setChecked(false);
-        mSurfaceInvertedCheckBox->setEnabled(false);
-        mHiddenSurfaceRemovalCheckBox->setEnabled(false);
-    }
-    if (shading == OXM::Phong && volume) {
-        OXMenum normalization = OXM::False;
-        const bool has = volume->getValue(OXM::GradientNormalization, normalization);
-        mGradientNormalizationCheckBox->setChecked(normalization == OXM::True);
-        mGradientNormalizationCheckBox->setEnabled(has);
-    } else {
-        mGradientNormalizationCheckBox->setChecked(false);
-        mGradientNormalizationCheckBox->setEnabled(false);
-    }
+    readSurfaceSwitches(isosurface ? settings : nullptr);
+    OXMenum normalization = OXM::False;
+    const bool hasNormalization = shading == OXM::Phong && volume &&
+                                  volume->getValue(OXM::GradientNormalization, normalization);
+    mGradientNormalizationCheckBox->setChecked(normalization == OXM::True);
+    mGradientNormalizationCheckBox->setEnabled(hasNormalization);
     OXMenum mode = OXM::Unknown;
-    if (isosurface && volume &&
+    const bool calibrated =
+        isosurface && volume &&
         OXMObject::arrayOf<OXMObjectLink>(volume, OXM::VolumeComponentList).size() >= 2 &&
-        volume->getValue(OXM::VolumeComponentMode, mode)) {
+        volume->getValue(OXM::VolumeComponentMode, mode);
+    if (calibrated) {
         mWorkAreaUseCalibrationButton->setIcon(OXWApplication::getMiniIconSet(
             mode == OXM::True ? "object_calibrate" : "object_uncalibrate"));
-        mWorkAreaUseCalibrationButton->setChecked(mode == OXM::True);
-        mWorkAreaUseCalibrationButton->setEnabled(true);
-    } else {
-        mWorkAreaUseCalibrationButton->setChecked(false);
-        mWorkAreaUseCalibrationButton->setEnabled(false);
     }
+    mWorkAreaUseCalibrationButton->setChecked(calibrated && mode == OXM::True);
+    mWorkAreaUseCalibrationButton->setEnabled(calibrated);
+}
+
+void OXWClassificationToolGUI::readOversampling(const OXMObject* plugin, const OXMObject* settings)
+{
+    if (!plugin || !settings) {
+        mOversamplingSpinBox->setEnabled(false);
+        return;
+    }
+    float distance = 1.0f;
+    if (plugin->getValue(OXM::SamplingDistance, distance) ||
+        settings->getValue(OXM::SamplingDistance, distance)) {
+        mOversamplingSpinBox->setEnabled(true);
+        OXWBlockSignalsScope block(mOversamplingSpinBox);
+        if (distance > 0.0f) {
+            mOversamplingSpinBox->setValue(1.0 / double(distance));
+        }
+    }
+}
+
+void OXWClassificationToolGUI::readRenderMethod(const OXMObject* plugin, OXMenum shading)
+{
+    if (!plugin) {
+        mRenderMethodComboBox->clear();
+        mRenderMethodComboBox->addItem(tr("--"));
+        mRenderMethodGroupBox->setEnabled(false);
+        return;
+    }
+    mRenderMethodGroupBox->setEnabled(true);
+    const OXMMetaClass* meta = plugin->getMetaClass();
+    mRenderMethodTable->fillComboBox(
+        mRenderMethodComboBox, mRenderMethodTable->displayNameFor(
+                                   QString::fromLatin1(meta ? meta->getClassName() : ""), shading));
+}
+
+void OXWClassificationToolGUI::readSurfaceSwitches(const OXMObject* isosurfaceSettings)
+{
+    OXMenum inverted = OXM::False;
+    int limit = 0;
+    if (isosurfaceSettings) {
+        isosurfaceSettings->getValue(OXMenum(SurfaceInvertedName), inverted);
+        isosurfaceSettings->getValue(OXMenum(ShadingCountLimitName), limit);
+    }
+    mSurfaceInvertedCheckBox->setChecked(inverted == OXM::True);
+    mHiddenSurfaceRemovalCheckBox->setChecked(limit == 1);
+    mSurfaceInvertedCheckBox->setEnabled(isosurfaceSettings != nullptr);
+    mHiddenSurfaceRemovalCheckBox->setEnabled(isosurfaceSettings != nullptr);
 }
 
 // --- histogram -------------------------------------------------------------------------------

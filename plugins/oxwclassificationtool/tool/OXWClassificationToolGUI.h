@@ -166,6 +166,12 @@ private:
     void readShininessSpinBox();
     void readTransparencySpinBox();
     void readRenderingControls();
+    // The steps of readRenderingControls().
+    void readOversampling(const OXMObject* plugin, const OXMObject* settings);
+    void readRenderMethod(const OXMObject* plugin, OXMenum shading);
+    // "Remove inner surfaces" and "Swap inner/outer areas" of the isosurface renderer's
+    // settings; off and disabled for other renderers (null).
+    void readSurfaceSwitches(const OXMObject* isosurfaceSettings);
     // The render settings and the volume; false unless a render plug-in and its settings are
     // bound, which the rendering controls need to write.
     bool renderingTargets(OXMObject*& settings, OXMObject*& volume) const;
