@@ -724,91 +724,110 @@ void OXWLUTWorkArea::renderFeedback(QPainter& painter)
     if (!dragging && mHoverMode != HoverHandle) {
         return;
     }
-    const OXWLUTObjectInfo& info = *mObjectInfo;
-    const int W = mBuffer->width();
-    const int H = mBuffer->height();
-    const float s = info.greyStep();
     painter.setFont(sizedFont(font(), 9));
     painter.setPen(QColor(Qt::black));
-    const QFontMetrics metrics = painter.fontMetrics();
-
-    // A label of the 9-point font, vertically centred in the buffer.
-    auto centredLabel = [&](const QString& text, int x, bool alignRight) {
-        QRect rect = metrics.boundingRect(text);
-        rect.moveTop(H / 2 - rect.height() / 2);
-        if (alignRight) {
-            rect.moveRight(x);
-        } else {
-            rect.moveLeft(x);
-        }
-        return rect;
-    };
-
     switch (mPressAction) {
     case PressNewRight:
-    case PressNewLeft: {
-        painter.setPen(QColor(Qt::gray));
-        painter.drawLine(mRubberBandX, 0, mRubberBandX, H - 1);
-        painter.setPen(QColor(Qt::black));
-        const float x = positionFromPixel(mRubberBandX);
-        const QString leftText = valueText(x - s / 2.0f);
-        const QString rightText = valueText(x + s / 2.0f);
-        painter.drawText(centredLabel(leftText, mRubberBandX, true), Qt::AlignCenter, leftText);
-        painter.drawText(centredLabel(rightText, mRubberBandX, false), Qt::AlignCenter, rightText);
+    case PressNewLeft:
+        renderRubberBandLabels(painter);
         break;
-    }
-    case PressBorder: {
-        const int first = mHoverMode == HoverLeftBorder ? mCurrentIndex - 1 : mCurrentIndex;
-        const OXWLUTIntervalInfo* a = info.interval(first);
-        const OXWLUTIntervalInfo* b = info.interval(first + 1);
-        if (!a || !b) {
-            break;
-        }
-        struct Label
-        {
-            QString text;
-            QRect rect;
-        };
-        std::vector<Label> labels;
-        for (const OXWLUTIntervalInfo* interval : {a, b}) {
-            const QString low = valueText(interval->from() + s / 2.0f);
-            const QString high = valueText(interval->to() - s / 2.0f);
-            labels.push_back({low, centredLabel(low, pixelFromPosition(interval->from()), false)});
-            labels.push_back({high, centredLabel(high, pixelFromPosition(interval->to()), true)});
-        }
-        for (std::size_t i = 0; i < labels.size(); ++i) {
-            for (std::size_t j = i + 1; j < labels.size(); ++j) {
-                if (labels[i].rect.intersects(labels[j].rect)) {
-                    const int shift = labels[i].rect.height() / 2 + 1;
-                    labels[i].rect.translate(0, -shift);
-                    labels[j].rect.translate(0, shift);
-                }
-            }
-        }
-        for (const Label& label : labels) {
-            painter.drawText(label.rect, Qt::AlignCenter, label.text);
-        }
+    case PressBorder:
+        renderBorderLabels(painter);
         break;
-    }
     case PressSegment:
         drawHandleLabel(painter, *mCurrentInterval, mCurrentHandle);
         drawHandleLabel(painter, *mCurrentInterval, mCurrentHandle + 1);
         break;
-    case PressZoom: {
-        const QString low = valueText(info.visibleGreyFrom() + s / 2.0f);
-        const QString high = valueText(info.visibleGreyTo() - s / 2.0f);
-        painter.drawText(centredLabel(low, 0, false), Qt::AlignCenter, low);
-        painter.drawText(centredLabel(high, W - 1, true), Qt::AlignCenter, high);
-        painter.drawText(QRect(0, 0, W, H), Qt::AlignCenter,
-                         tr("Y-Zoom: %1 %").arg(int(info.verticalZoom() * 100.0f)));
+    case PressZoom:
+        renderZoomLabels(painter);
         break;
-    }
     default:
         if (mPressAction == PressHandle || mHoverMode == HoverHandle) {
             drawHandleLabel(painter, *mCurrentInterval, mCurrentHandle);
         }
         break;
     }
+}
+
+QRect OXWLUTWorkArea::centredLabel(const QPainter& painter, const QString& text, int x,
+                                   bool alignRight) const
+{
+    QRect rect = painter.fontMetrics().boundingRect(text);
+    rect.moveTop(mBuffer->height() / 2 - rect.height() / 2);
+    if (alignRight) {
+        rect.moveRight(x);
+    } else {
+        rect.moveLeft(x);
+    }
+    return rect;
+}
+
+void OXWLUTWorkArea::renderRubberBandLabels(QPainter& painter)
+{
+    const float s = mObjectInfo->greyStep();
+    painter.setPen(QColor(Qt::gray));
+    painter.drawLine(mRubberBandX, 0, mRubberBandX, mBuffer->height() - 1);
+    painter.setPen(QColor(Qt::black));
+    const float x = positionFromPixel(mRubberBandX);
+    const QString leftText = valueText(x - s / 2.0f);
+    const QString rightText = valueText(x + s / 2.0f);
+    painter.drawText(centredLabel(painter, leftText, mRubberBandX, true), Qt::AlignCenter,
+                     leftText);
+    painter.drawText(centredLabel(painter, rightText, mRubberBandX, false), Qt::AlignCenter,
+                     rightText);
+}
+
+void OXWLUTWorkArea::renderBorderLabels(QPainter& painter)
+{
+    const OXWLUTObjectInfo& info = *mObjectInfo;
+    const float s = info.greyStep();
+    const int first = mHoverMode == HoverLeftBorder ? mCurrentIndex - 1 : mCurrentIndex;
+    const OXWLUTIntervalInfo* a = info.interval(first);
+    const OXWLUTIntervalInfo* b = info.interval(first + 1);
+    if (!a || !b) {
+        return;
+    }
+    struct Label
+    {
+        QString text;
+        QRect rect;
+    };
+    // The outer grey values of both intervals, each at its border.
+    std::vector<Label> labels;
+    for (const OXWLUTIntervalInfo* interval : {a, b}) {
+        const QString low = valueText(interval->from() + s / 2.0f);
+        const QString high = valueText(interval->to() - s / 2.0f);
+        labels.push_back(
+            {low, centredLabel(painter, low, pixelFromPosition(interval->from()), false)});
+        labels.push_back(
+            {high, centredLabel(painter, high, pixelFromPosition(interval->to()), true)});
+    }
+    // Labels that overlap move apart vertically.
+    for (std::size_t i = 0; i < labels.size(); ++i) {
+        for (std::size_t j = i + 1; j < labels.size(); ++j) {
+            if (labels[i].rect.intersects(labels[j].rect)) {
+                const int shift = labels[i].rect.height() / 2 + 1;
+                labels[i].rect.translate(0, -shift);
+                labels[j].rect.translate(0, shift);
+            }
+        }
+    }
+    for (const Label& label : labels) {
+        painter.drawText(label.rect, Qt::AlignCenter, label.text);
+    }
+}
+
+void OXWLUTWorkArea::renderZoomLabels(QPainter& painter)
+{
+    const OXWLUTObjectInfo& info = *mObjectInfo;
+    const float s = info.greyStep();
+    const int W = mBuffer->width();
+    const QString low = valueText(info.visibleGreyFrom() + s / 2.0f);
+    const QString high = valueText(info.visibleGreyTo() - s / 2.0f);
+    painter.drawText(centredLabel(painter, low, 0, false), Qt::AlignCenter, low);
+    painter.drawText(centredLabel(painter, high, W - 1, true), Qt::AlignCenter, high);
+    painter.drawText(QRect(0, 0, W, mBuffer->height()), Qt::AlignCenter,
+                     tr("Y-Zoom: %1 %").arg(int(info.verticalZoom() * 100.0f)));
 }
 
 // --- hit test

@@ -235,6 +235,13 @@ private:
     QRect intervalSpan(const OXWLUTIntervalInfo& interval) const;
     QColor intervalBackground(const OXWLUTIntervalInfo& interval) const;
     void renderFeedback(QPainter& painter);
+    // The labels of a drag: at the rubber band, at both borders of a border drag, of the
+    // visible range and the vertical zoom.
+    void renderRubberBandLabels(QPainter& painter);
+    void renderBorderLabels(QPainter& painter);
+    void renderZoomLabels(QPainter& painter);
+    // A label in the painter's font, vertically centred, beginning or ending at x.
+    QRect centredLabel(const QPainter& painter, const QString& text, int x, bool alignRight) const;
     void drawHandleLabel(QPainter& painter, const OXWLUTIntervalInfo& interval, int k);
     QString valueText(float position) const;
     QString opacityText(float height) const;
