@@ -10,6 +10,7 @@
 #include <OXWApplication.h>
 #include <OXWFileDialog.h>
 #include <OXWMainWindow.h>
+#include <OXWPressUserAction.h>
 
 #include <QAction>
 #include <QBitmap>
@@ -152,7 +153,7 @@ OXWLUTColorBar::OXWLUTColorBar(QWidget* parent, const char* name) : QFrame(paren
 
 OXWLUTColorBar::~OXWLUTColorBar()
 {
-    closeUserAction();
+    mUserAction.release();
 }
 
 void OXWLUTColorBar::buildMenu()
@@ -638,24 +639,10 @@ void OXWLUTColorBar::dragSegment(const QPoint& point)
 
 // --- Mouse ------------------------------------------------------------------------------------
 
-void OXWLUTColorBar::closeUserAction()
-{
-    if (mUserAction < 0) {
-        return;
-    }
-    if (OXWApplication* app = OXMSingleton<OXWApplication>::getInstance()) {
-        app->userActionEnd(mUserAction, QString());
-    }
-    mUserAction = -1;
-}
-
 void OXWLUTColorBar::mousePressEvent(QMouseEvent* event)
 {
     // A press without its release (the context menu took it) leaves no action open.
-    closeUserAction();
-    if (OXWApplication* app = OXMSingleton<OXWApplication>::getInstance()) {
-        mUserAction = app->userActionBegin(tr("Change color"));
-    }
+    mUserAction.press(tr("Change color"));
     if (!mModel) {
         return;
     }
@@ -697,7 +684,7 @@ void OXWLUTColorBar::mousePressEvent(QMouseEvent* event)
 
 void OXWLUTColorBar::mouseReleaseEvent(QMouseEvent*)
 {
-    closeUserAction();
+    mUserAction.release();
     if (!mModel) {
         return;
     }
@@ -762,7 +749,7 @@ void OXWLUTColorBar::contextMenuEvent(QContextMenuEvent* event)
 {
     if (mModel) {
         // The menu takes the mouse; the release of the press that opened it never comes here.
-        closeUserAction();
+        mUserAction.release();
         enableMenuItems();
         QPoint position = QCursor::pos();
         const QSize size = mMenu->sizeHint();

@@ -5,7 +5,9 @@
 #include <OXMRGB8.h>
 #include <OXMRGBA.h>
 
+#include <OXWPressUserAction.h>
 #include <QColor>
+
 #include <QFrame>
 #include <QPixmap>
 #include <QPoint>
@@ -92,7 +94,7 @@ public:
     int currentIntervalIndex() const { return mCurrentIntervalIndex; }
     int currentHandle() const { return mCurrentHandle; }
     bool isShowingValues() const { return mShowValues; }
-    int userAction() const { return mUserAction; }
+    int userAction() const { return mUserAction.id(); }
     float highlightStart() const { return mHighlightStart; }
     float highlightEnd() const { return mHighlightEnd; }
     const QPixmap& pixmap() const { return mPixmap; }
@@ -204,7 +206,6 @@ private:
     void clearHitState();
     void redraw();
     void enableMenuItems();
-    void closeUserAction();
     void drawValue(QPainter& painter, int handle);
     // Opens a colour dialog for the current interval with a highlight of [from, to].
     QColor runColorDialog(const QColor& initial, float from, float to);
@@ -222,7 +223,7 @@ private:
     QAction* mPasteAction = nullptr;
     QAction* mPointColorAction = nullptr;
     QAction* mLineColorAction = nullptr;
-    int mUserAction = -1;
+    OXWPressUserAction mUserAction;
     std::array<QPixmap, 8> mColorIcons;
     OXWLUTIntervalInfo* mCurrentInterval = nullptr;
     int mCurrentIntervalIndex = -1;

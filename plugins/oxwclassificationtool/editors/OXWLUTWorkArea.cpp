@@ -11,6 +11,7 @@
 #include <OXWApplication.h>
 #include <OXWOverrideCursor.h>
 #include <OXWPainter.h>
+#include <OXWPressUserAction.h>
 #include <OXWTaskProgress.h>
 
 #include <QAction>
@@ -36,6 +37,9 @@ namespace {
 constexpr int CalculationPollMs = 30;
 // The smallest vertical zoom the histogram's scale is divided by.
 constexpr float MinimumVerticalZoom = 1e-5f;
+// The range of the vertical zoom a drag gives the visible opacity range.
+constexpr float MinimumDragZoom = 0.0001f;
+constexpr float MaximumVerticalZoom = 10000.0f;
 // The height of the interval name editor, in pixels.
 constexpr int NameEditHeight = 18;
 
@@ -115,7 +119,7 @@ OXWLUTWorkArea::OXWLUTWorkArea(QWidget* parent, const char* name)
 
 OXWLUTWorkArea::~OXWLUTWorkArea()
 {
-    endUserAction();
+    mUserAction.release();
     mHistogramObject = nullptr;
     mRenderObject = nullptr;
 }
@@ -942,23 +946,35 @@ void OXWLUTWorkArea::updateHover(const QPoint& pos)
 
 // --- mouse
 
-void OXWLUTWorkArea::endUserAction()
+OXWLUTWorkArea::PressAction OXWLUTWorkArea::pressActionFor(int hover)
 {
-    if (mUserAction > 0) {
-        if (OXWApplication* app = OXMSingleton<OXWApplication>::getInstance()) {
-            app->userActionEnd(mUserAction, QString());
-        }
+    switch (hover) {
+    case HoverInside:
+        return PressZoom;
+    case HoverLeftBorder:
+    case HoverRightBorder:
+        return PressBorder;
+    case HoverNewRight:
+        return PressNewRight;
+    case HoverNewLeft:
+        return PressNewLeft;
+    case HoverSegment:
+        return PressSegment;
+    case HoverHandle:
+        return PressHandle;
+    case HoverName:
+        return PressName;
+    case HoverIsosurface:
+        return PressIsosurface;
+    default:
+        return PressNone;
     }
-    mUserAction = -1;
 }
 
 void OXWLUTWorkArea::mousePressEvent(QMouseEvent* event)
 {
     // A release that never arrived (it went to a popup) must not leave its action open.
-    endUserAction();
-    if (OXWApplication* app = OXMSingleton<OXWApplication>::getInstance()) {
-        mUserAction = app->userActionBegin(tr("Change color"));
-    }
+    mUserAction.press(tr("Change color"));
     mPressPos = event->pos();
     updateHover(mPressPos);
 
@@ -985,36 +1001,9 @@ void OXWLUTWorkArea::mousePressEvent(QMouseEvent* event)
     }
 
     if (left) {
-        switch (mHoverMode) {
-        case HoverInside:
-            mPressAction = PressZoom;
+        mPressAction = pressActionFor(mHoverMode);
+        if (mPressAction == PressZoom) {
             mLastPos = event->pos();
-            break;
-        case HoverLeftBorder:
-        case HoverRightBorder:
-            mPressAction = PressBorder;
-            break;
-        case HoverNewRight:
-            mPressAction = PressNewRight;
-            break;
-        case HoverNewLeft:
-            mPressAction = PressNewLeft;
-            break;
-        case HoverSegment:
-            mPressAction = PressSegment;
-            break;
-        case HoverHandle:
-            mPressAction = PressHandle;
-            break;
-        case HoverName:
-            mPressAction = PressName;
-            break;
-        case HoverIsosurface:
-            mPressAction = PressIsosurface;
-            break;
-        default:
-            mPressAction = PressNone;
-            break;
         }
     }
 
@@ -1048,89 +1037,98 @@ void OXWLUTWorkArea::mouseMoveEvent(QMouseEvent* event)
     mAxisLock = (event->modifiers() & Qt::ShiftModifier) != 0;
     const QPoint pos = event->pos();
     const int px = pos.x() - contentsRect().left();
-
     switch (mPressAction) {
     case PressNone:
         updateHover(pos);
         break;
-    case PressBorder: {
-        if (!mObjectInfo) {
-            break;
-        }
-        const float x = positionFromPixel(px);
-        bool moved = false;
-        if (mHoverMode == HoverLeftBorder) {
-            moved = mObjectInfo->moveLeftBorder(mCurrentIndex, x);
-        } else if (mHoverMode == HoverRightBorder) {
-            moved = mObjectInfo->moveRightBorder(mCurrentIndex, x);
-        }
-        if (moved) {
-            emit objectInfoChanged();
-        }
+    case PressBorder:
+        dragBorder(px);
         break;
-    }
     case PressNewRight:
     case PressNewLeft:
         mRubberBandX = clampedPixel(px);
         repaintAll();
         break;
     case PressSegment:
-    case PressHandle: {
-        if (!mCurrentInterval || mCurrentHandle < 0) {
-            break;
-        }
-        float dx = positionFromPixel(pos.x()) - positionFromPixel(mPressPos.x());
-        float dh = heightFromPixel(pos.y()) - heightFromPixel(mPressPos.y());
-        if (mAxisLock) {
-            if (std::abs(pos.x() - mPressPos.x()) <= std::abs(pos.y() - mPressPos.y())) {
-                dx = 0.0f;
-            } else {
-                dh = 0.0f;
-            }
-        }
-        const float x = mPressHandlePos[0] + dx;
-        const float y = mPressHandlePos[1] + dh;
-        const bool changed =
-            mPressAction == PressSegment
-                ? mCurrentInterval->moveSegment(OpacityChannel, mCurrentHandle, x, y)
-                : mCurrentInterval->moveHandle(OpacityChannel, mCurrentHandle, x, y);
-        if (changed) {
-            emit objectOpacityChanged();
-        }
+    case PressHandle:
+        dragHandleOrSegment(pos);
         break;
-    }
-    case PressZoom: {
-        if (!mObjectInfo) {
-            break;
-        }
-        const float r = float(mLastPos.y() - pos.y()) / float(std::max(1, height()));
-        mLastPos = pos;
-        const float zoom = mObjectInfo->verticalZoom();
-        const float factor = r > 0.0f ? zoom * (1.0f + r) : zoom / (1.0f - r);
-        const float f = std::min(10000.0f, std::max(0.0001f, factor));
-        const float from = mObjectInfo->visibleOpacityFrom();
-        mObjectInfo->setVisibleOpacityRange(from, from + 1.0f / f);
-        mObjectInfo->setVerticalZoom(factor);
-        emit verticalZoomChanged();
-        repaintAll();
+    case PressZoom:
+        dragVerticalZoom(pos);
         break;
-    }
     case PressIsosurface:
-        if (!mObjectInfo) {
-            break;
+        if (mObjectInfo) {
+            mObjectInfo->setIsosurface(positionFromPixel(clampedPixel(px)));
+            emit isosurfaceChanged();
+            repaintAll();
         }
-        mObjectInfo->setIsosurface(positionFromPixel(clampedPixel(px)));
-        emit isosurfaceChanged();
-        repaintAll();
         break;
     default:
         break;
     }
 }
 
+void OXWLUTWorkArea::dragBorder(int px)
+{
+    if (!mObjectInfo) {
+        return;
+    }
+    const float x = positionFromPixel(px);
+    bool moved = false;
+    if (mHoverMode == HoverLeftBorder) {
+        moved = mObjectInfo->moveLeftBorder(mCurrentIndex, x);
+    } else if (mHoverMode == HoverRightBorder) {
+        moved = mObjectInfo->moveRightBorder(mCurrentIndex, x);
+    }
+    if (moved) {
+        emit objectInfoChanged();
+    }
+}
+
+void OXWLUTWorkArea::dragHandleOrSegment(const QPoint& pos)
+{
+    if (!mCurrentInterval || mCurrentHandle < 0) {
+        return;
+    }
+    float dx = positionFromPixel(pos.x()) - positionFromPixel(mPressPos.x());
+    float dh = heightFromPixel(pos.y()) - heightFromPixel(mPressPos.y());
+    if (mAxisLock) { // Shift: along the axis the mouse moved most on
+        if (std::abs(pos.x() - mPressPos.x()) <= std::abs(pos.y() - mPressPos.y())) {
+            dx = 0.0f;
+        } else {
+            dh = 0.0f;
+        }
+    }
+    const float x = mPressHandlePos[0] + dx;
+    const float y = mPressHandlePos[1] + dh;
+    const bool changed = mPressAction == PressSegment
+                             ? mCurrentInterval->moveSegment(OpacityChannel, mCurrentHandle, x, y)
+                             : mCurrentInterval->moveHandle(OpacityChannel, mCurrentHandle, x, y);
+    if (changed) {
+        emit objectOpacityChanged();
+    }
+}
+
+void OXWLUTWorkArea::dragVerticalZoom(const QPoint& pos)
+{
+    if (!mObjectInfo) {
+        return;
+    }
+    const float r = float(mLastPos.y() - pos.y()) / float(std::max(1, height()));
+    mLastPos = pos;
+    const float zoom = mObjectInfo->verticalZoom();
+    const float factor = r > 0.0f ? zoom * (1.0f + r) : zoom / (1.0f - r);
+    const float f = std::min(MaximumVerticalZoom, std::max(MinimumDragZoom, factor));
+    const float from = mObjectInfo->visibleOpacityFrom();
+    mObjectInfo->setVisibleOpacityRange(from, from + 1.0f / f);
+    mObjectInfo->setVerticalZoom(factor);
+    emit verticalZoomChanged();
+    repaintAll();
+}
+
 void OXWLUTWorkArea::mouseReleaseEvent(QMouseEvent* event)
 {
-    endUserAction();
+    mUserAction.release();
 
     const int action = mPressAction;
     if (action == PressBorder && mCurrentInterval && mObjectInfo) {
@@ -1198,7 +1196,7 @@ void OXWLUTWorkArea::contextMenuEvent(QContextMenuEvent* event)
         // The popup takes the mouse: the release of the press that opened the menu goes to
         // it, so the press's user action ends here. The commands of the menu change the model
         // after the popup closes, and the panel wraps its writes in their own actions.
-        endUserAction();
+        mUserAction.release();
         mPressAction = PressNone;
         mMenu->popup(pos);
     }

@@ -7,6 +7,8 @@
 #include <OXMObjectWeakPtr.h>
 #include <OXWPainter.h>
 
+#include <OXWPressUserAction.h>
+
 #include <QFrame>
 #include <QPoint>
 #include <QPolygon>
@@ -197,9 +199,13 @@ private:
     // Needs a model and a buffer.
     PixelMapping pixelMapping() const;
     void buildMenus();
-    // Closes the user action of the last press, if it is open.
-    void endUserAction();
     void updateHover(const QPoint& pos);
+    // What a left press does where the mouse hovers.
+    static PressAction pressActionFor(int hover);
+    // The drags of mouseMoveEvent().
+    void dragBorder(int px);
+    void dragHandleOrSegment(const QPoint& pos);
+    void dragVerticalZoom(const QPoint& pos);
     void setHoverCursor();
     void beginEditIntervalName();
     QRect nameEditGeometry(int height) const;
@@ -272,7 +278,7 @@ private:
     bool mAxisLock = false;
     bool mHistogramVisible = true;
     QTimer* mUpdateTimer = nullptr;
-    int mUserAction = -1;
+    OXWPressUserAction mUserAction;
     int mHoverMode = HoverReset;
     OXWLUTIntervalInfo* mCurrentInterval = nullptr;
     OXWLUTObjectInfo* mObjectInfo = nullptr;
