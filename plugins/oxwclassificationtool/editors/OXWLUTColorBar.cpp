@@ -33,6 +33,9 @@
 #include <utility>
 
 namespace {
+// The greys of the handle marks: light on dark colours, dark on light ones.
+constexpr int LightMarkGrey = 204;
+constexpr int DarkMarkGrey = 51;
 
 constexpr int kRed = OXWLUTIntervalInfo::RedChannel;
 constexpr int kGreen = OXWLUTIntervalInfo::GreenChannel;
@@ -371,8 +374,30 @@ void OXWLUTColorBar::rebuildPixmap()
         return;
     }
     computeColorTable();
+    drawColourRow(painter);
+    drawHandleMarksAndBorders(painter);
+    if (mHighlightStart < mHighlightEnd) {
+        const int c0 = columnFromPosition(mHighlightStart);
+        const int c1 = columnFromPosition(mHighlightEnd);
+        const QRect rect =
+            QRect(QPoint(c0, 0), QPoint(c1 - 1, mPixmap.height() - 1)) & mPixmap.rect();
+        if (!rect.isEmpty()) {
+            drawHighlightBorder(&painter, rect);
+        }
+    }
+    const OXWLUTIntervalInfo* interval = currentInterval();
+    if (mShowValues && interval && mCurrentHandle >= 0 &&
+        (mHitKind == HitHandle || mHitKind == HitSegment)) {
+        drawValue(painter, mCurrentHandle);
+        if (mHitKind == HitSegment) {
+            drawValue(painter, mCurrentHandle + 1);
+        }
+    }
+}
+
+void OXWLUTColorBar::drawColourRow(QPainter& painter)
+{
     const int width = static_cast<int>(mColorTable.size());
-    const int height = mPixmap.height();
     // One row of the table's colours, stretched over the bar's height (rows repeated).
     QImage row(width, 1, QImage::Format_RGB32);
     QRgb* rowPixels = reinterpret_cast<QRgb*>(row.scanLine(0));
@@ -380,7 +405,13 @@ void OXWLUTColorBar::rebuildPixmap()
         const Colour& c = mColorTable[i];
         rowPixels[i] = qRgb(c.r, c.g, c.b);
     }
-    painter.drawImage(QRect(0, 0, width, height), row);
+    painter.drawImage(QRect(0, 0, width, mPixmap.height()), row);
+}
+
+void OXWLUTColorBar::drawHandleMarksAndBorders(QPainter& painter)
+{
+    const int width = static_cast<int>(mColorTable.size());
+    const int height = mPixmap.height();
     // Marks that fall on the column of the mark drawn just before them would paint the same
     // pixels again; with thousands of handles most of them do.
     int lastColumn = -1;
@@ -408,7 +439,7 @@ void OXWLUTColorBar::rebuildPixmap()
         for (int k = static_cast<int>(red.size()) - 1; k >= 0; --k) {
             const int column = columnOf(interval->globalFromLocal(red[k].x));
             if (column >= 0 && column < width) {
-                const int grey = isDark(mColorTable[column]) ? 204 : 51;
+                const int grey = isDark(mColorTable[column]) ? LightMarkGrey : DarkMarkGrey;
                 if (column != lastColumn || grey != lastGrey) {
                     painter.fillRect(column - 1, height - 8, 3, 5, QColor(grey, grey, grey));
                     lastColumn = column;
@@ -421,22 +452,6 @@ void OXWLUTColorBar::rebuildPixmap()
             painter.setPen(isDark(mColorTable[border]) ? Qt::white : Qt::black);
             painter.drawLine(border, 0, border, height - 1);
             lastColumn = -1; // the line may cover the last mark
-        }
-    }
-    if (mHighlightStart < mHighlightEnd) {
-        const int c0 = columnFromPosition(mHighlightStart);
-        const int c1 = columnFromPosition(mHighlightEnd);
-        const QRect rect = QRect(QPoint(c0, 0), QPoint(c1 - 1, height - 1)) & mPixmap.rect();
-        if (!rect.isEmpty()) {
-            drawHighlightBorder(&painter, rect);
-        }
-    }
-    const OXWLUTIntervalInfo* interval = currentInterval();
-    if (mShowValues && interval && mCurrentHandle >= 0 &&
-        (mHitKind == HitHandle || mHitKind == HitSegment)) {
-        drawValue(painter, mCurrentHandle);
-        if (mHitKind == HitSegment) {
-            drawValue(painter, mCurrentHandle + 1);
         }
     }
 }
@@ -989,27 +1004,28 @@ void OXWLUTColorBar::setColorDialogHook(ColorDialogHook hook)
 
 void OXWLUTColorBar::setIntervalColor()
 {
-    colorDialog(0);
+    colorDialog(ColorDialogKind::Interval);
 }
 
 void OXWLUTColorBar::setPointColor()
 {
-    colorDialog(1);
+    colorDialog(ColorDialogKind::Handle);
 }
 
 void OXWLUTColorBar::setLineColor()
 {
-    colorDialog(2);
+    colorDialog(ColorDialogKind::Segment);
 }
 
-void OXWLUTColorBar::colorDialog(int kind)
+void OXWLUTColorBar::colorDialog(ColorDialogKind kind)
 {
     if (!currentInterval()) {
         return;
     }
-    if (kind != 0) {
+    if (kind != ColorDialogKind::Interval) {
         if (!mModel || !currentInterval()->isHandleIndexValid(kRed, mCurrentHandle) ||
-            (kind == 2 && !currentInterval()->isHandleIndexValid(kRed, mCurrentHandle + 1))) {
+            (kind == ColorDialogKind::Segment &&
+             !currentInterval()->isHandleIndexValid(kRed, mCurrentHandle + 1))) {
             return;
         }
         updateAll();
@@ -1023,13 +1039,13 @@ void OXWLUTColorBar::colorDialog(int kind)
     int rgb[3] = {255, 255, 255};
     for (int c = 0; c < 3; ++c) {
         const HandleList& curve = interval->handles(kColourChannels[c]);
-        if (kind == 1 && k < static_cast<int>(curve.size())) {
+        if (kind == ColorDialogKind::Handle && k < static_cast<int>(curve.size())) {
             rgb[c] = toByte(curve[k].y);
-        } else if (kind == 2 && k + 1 < static_cast<int>(curve.size())) {
+        } else if (kind == ColorDialogKind::Segment && k + 1 < static_cast<int>(curve.size())) {
             rgb[c] = toByte((curve[k].y + curve[k + 1].y) / 2.0f);
         }
     }
-    if (kind == 0) {
+    if (kind == ColorDialogKind::Interval) {
         bool uniform = true;
         for (int channel : kColourChannels) {
             const HandleList& curve = interval->handles(channel);
@@ -1043,10 +1059,11 @@ void OXWLUTColorBar::colorDialog(int kind)
     }
     float from = interval->from();
     float to = interval->to();
-    if (kind != 0) {
+    if (kind != ColorDialogKind::Interval) {
         const HandleList& red = interval->handles(kRed);
         from = mModel->snapDownToCell(interval->globalFromLocal(red[k].x));
-        to = mModel->snapUpToCell(interval->globalFromLocal(red[kind == 2 ? k + 1 : k].x));
+        to = mModel->snapUpToCell(
+            interval->globalFromLocal(red[kind == ColorDialogKind::Segment ? k + 1 : k].x));
     }
 
     QPointer<OXWLUTColorBar> alive(this);
@@ -1061,9 +1078,9 @@ void OXWLUTColorBar::colorDialog(int kind)
             const OXMRGB8 colour(static_cast<unsigned char>(chosen.red()),
                                  static_cast<unsigned char>(chosen.green()),
                                  static_cast<unsigned char>(chosen.blue()));
-            if (kind == 0) {
+            if (kind == ColorDialogKind::Interval) {
                 interval->setColour(colour);
-            } else if (kind == 1) {
+            } else if (kind == ColorDialogKind::Handle) {
                 setCurrentPointColor(colour);
             } else {
                 setCurrentLineColor(colour);

@@ -186,6 +186,9 @@ protected:
     void computeColorTable();
     // Recomputes the colour table and draws the pixmap.
     void rebuildPixmap();
+    // The steps of rebuildPixmap(): the colours, then the handle marks and interval borders.
+    void drawColourRow(QPainter& painter);
+    void drawHandleMarksAndBorders(QPainter& painter);
     void hitTest(const QPoint& point);
     void dragHandle(const QPoint& point);
     void dragSegment(const QPoint& point);
@@ -210,8 +213,15 @@ private:
     // Opens a colour dialog for the current interval with a highlight of [from, to].
     QColor runColorDialog(const QColor& initial, float from, float to);
     void setAllIntervalColor(const OXMRGB8& color);
-    // Opens the colour dialog of one kind: 0 interval, 1 handle, 2 segment.
-    void colorDialog(int kind);
+    // What a colour dialog colours: the whole interval, the current handle, or both handles of
+    // the current segment.
+    enum class ColorDialogKind
+    {
+        Interval,
+        Handle,
+        Segment
+    };
+    void colorDialog(ColorDialogKind kind);
 
     float mColumnScale = 1.0f;
     float mHighlightStart = 1.0f;
