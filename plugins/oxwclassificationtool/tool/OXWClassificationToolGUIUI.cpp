@@ -115,6 +115,18 @@ OXWClassificationToolGUIUI::OXWClassificationToolGUIUI(QWidget* parent, const ch
     OXWClassificationToolGUIUILayout->setContentsMargins(0, 0, 0, 0);
     OXWClassificationToolGUIUILayout->setSpacing(4);
 
+    buildAppearanceGroup();
+    buildPresetGroup();
+    buildOpacityGroup();
+    buildRenderingGroup();
+    languageChange();
+    resize(QSize(283, 402).expandedTo(minimumSizeHint()));
+
+    setKeyboardOrder();
+}
+
+void OXWClassificationToolGUIUI::buildAppearanceGroup()
+{
     // Appearance.
     mColorManipulationGroupBox = named(new QGroupBox(this), "mColorManipulationGroupBox");
     setPolicy(mColorManipulationGroupBox, QSizePolicy::Minimum, QSizePolicy::Fixed);
@@ -125,6 +137,17 @@ OXWClassificationToolGUIUI::OXWClassificationToolGUIUI(QWidget* parent, const ch
         named(new QTabWidget(mColorManipulationGroupBox), "mColorManipulationTabWidget");
     setPolicy(mColorManipulationTabWidget, QSizePolicy::Minimum, QSizePolicy::Fixed);
 
+    buildAmbientPage();
+    buildDiffusePage();
+    buildSpecularPage();
+    buildTransparencyPage();
+    buildSwapPage();
+    mColorManipulationGroupBoxLayout->addWidget(mColorManipulationTabWidget, 0, 0);
+    OXWClassificationToolGUIUILayout->addWidget(mColorManipulationGroupBox, 2, 0);
+}
+
+void OXWClassificationToolGUIUI::buildAmbientPage()
+{
     // Each page is a child of the tab widget while its colour bar is created (see the header).
     tab = named(new QWidget(mColorManipulationTabWidget), "tab");
     tabLayout = pageLayout(tab, "tabLayout");
@@ -140,7 +163,10 @@ OXWClassificationToolGUIUI::OXWClassificationToolGUIUI(QWidget* parent, const ch
     tabLayout->addWidget(mAmbientIntensitySpinBox, 1, 1);
     tabLayout->addItem(spacer(20, 10, QSizePolicy::Expanding, QSizePolicy::Minimum), 1, 2);
     mColorManipulationTabWidget->addTab(tab, QString());
+}
 
+void OXWClassificationToolGUIUI::buildDiffusePage()
+{
     tab_2 = named(new QWidget(mColorManipulationTabWidget), "tab_2");
     tabLayout_2 = pageLayout(tab_2, "tabLayout_2");
     tabLayout_2->addItem(spacer(10, 16, QSizePolicy::Fixed, QSizePolicy::Minimum), 1, 2);
@@ -158,7 +184,10 @@ OXWClassificationToolGUIUI::OXWClassificationToolGUIUI(QWidget* parent, const ch
     setPolicy(mDiffuseSharedColortableCheckBox, QSizePolicy::Minimum, QSizePolicy::Minimum);
     tabLayout_2->addWidget(mDiffuseSharedColortableCheckBox, 1, 3);
     mColorManipulationTabWidget->addTab(tab_2, QString());
+}
 
+void OXWClassificationToolGUIUI::buildSpecularPage()
+{
     TabPage = named(new QWidget(mColorManipulationTabWidget), "TabPage");
     TabPageLayout = pageLayout(TabPage, "TabPageLayout");
     textLabel2 = named(new QLabel(TabPage), "textLabel2");
@@ -186,7 +215,10 @@ OXWClassificationToolGUIUI::OXWClassificationToolGUIUI(QWidget* parent, const ch
     textLabel3 = fixedLabel(TabPage, "textLabel3");
     TabPageLayout->addWidget(textLabel3, 0, 3);
     mColorManipulationTabWidget->addTab(TabPage, QString());
+}
 
+void OXWClassificationToolGUIUI::buildTransparencyPage()
+{
     TabPage_2 = named(new QWidget(mColorManipulationTabWidget), "TabPage_2");
     TabPageLayout_2 = pageLayout(TabPage_2, "TabPageLayout_2");
     textLabel1_3_2 = fixedLabel(TabPage_2, "textLabel1_3_2");
@@ -199,17 +231,20 @@ OXWClassificationToolGUIUI::OXWClassificationToolGUIUI(QWidget* parent, const ch
         named(new QCheckBox(TabPage_2), "mHiddenSurfaceRemovalCheckBox");
     TabPageLayout_2->addWidget(mHiddenSurfaceRemovalCheckBox, 1, 0, 1, 3);
     mColorManipulationTabWidget->addTab(TabPage_2, QString());
+}
 
+void OXWClassificationToolGUIUI::buildSwapPage()
+{
     TabPage_3 = named(new QWidget(mColorManipulationTabWidget), "TabPage_3");
     TabPageLayout_3 = pageLayout(TabPage_3, "TabPageLayout_3");
     mSurfaceInvertedCheckBox = named(new QCheckBox(TabPage_3), "mSurfaceInvertedCheckBox");
     TabPageLayout_3->addWidget(mSurfaceInvertedCheckBox, 0, 0);
     TabPageLayout_3->addItem(spacer(7, 12, QSizePolicy::Minimum, QSizePolicy::Expanding), 1, 0);
     mColorManipulationTabWidget->addTab(TabPage_3, QString());
+}
 
-    mColorManipulationGroupBoxLayout->addWidget(mColorManipulationTabWidget, 0, 0);
-    OXWClassificationToolGUIUILayout->addWidget(mColorManipulationGroupBox, 2, 0);
-
+void OXWClassificationToolGUIUI::buildPresetGroup()
+{
     // Preset selection.
     mPresetGroupBox = named(new QGroupBox(this), "mPresetGroupBox");
     setPolicy(mPresetGroupBox, QSizePolicy::Minimum, QSizePolicy::Fixed);
@@ -224,7 +259,10 @@ OXWClassificationToolGUIUI::OXWClassificationToolGUIUI(QWidget* parent, const ch
     oXWPresetComboBox1->setUsesMainWindowIconSize(false);
     mPresetGroupBoxLayout->addWidget(oXWPresetComboBox1, 1, 0);
     OXWClassificationToolGUIUILayout->addWidget(mPresetGroupBox, 0, 0);
+}
 
+void OXWClassificationToolGUIUI::buildOpacityGroup()
+{
     // Opacity manipulation area. The work area's grandparent is the form (see the header).
     mOpacityManipulationGroupBox = named(new QGroupBox(this), "mOpacityManipulationGroupBox");
     setPolicy(mOpacityManipulationGroupBox, QSizePolicy::Minimum, QSizePolicy::Minimum);
@@ -259,7 +297,10 @@ OXWClassificationToolGUIUI::OXWClassificationToolGUIUI(QWidget* parent, const ch
         smallButton(mOpacityManipulationGroupBox, "mWorkAreaZoomMinusButton");
     layout2->addWidget(mWorkAreaZoomMinusButton);
     OXWClassificationToolGUIUILayout->addWidget(mOpacityManipulationGroupBox, 1, 0);
+}
 
+void OXWClassificationToolGUIUI::buildRenderingGroup()
+{
     // Rendering settings.
     mRenderMethodGroupBox = named(new QGroupBox(this), "mRenderMethodGroupBox");
     setPolicy(mRenderMethodGroupBox, QSizePolicy::Preferred, QSizePolicy::Fixed);
@@ -284,10 +325,10 @@ OXWClassificationToolGUIUI::OXWClassificationToolGUIUI(QWidget* parent, const ch
     mRenderMethodGroupBoxLayout->addItem(spacer(16, 16, QSizePolicy::Fixed, QSizePolicy::Minimum),
                                          1, 2);
     OXWClassificationToolGUIUILayout->addWidget(mRenderMethodGroupBox, 3, 0);
+}
 
-    languageChange();
-    resize(QSize(283, 402).expandedTo(minimumSizeHint()));
-
+void OXWClassificationToolGUIUI::setKeyboardOrder()
+{
     // Keyboard order. A control inside the previous one (the ambient colour bar inside the tab
     // widget) already follows it in the focus chain; relinking it would move it behind all of
     // the container's other children.

@@ -127,4 +127,17 @@ protected:
 protected slots:
     // Sets every user-visible text and the page labels, translated in this class's context.
     virtual void languageChange();
+
+private:
+    // The steps of the constructor, in the order the widgets are made.
+    void buildAppearanceGroup();
+    void buildAmbientPage();
+    void buildDiffusePage();
+    void buildSpecularPage();
+    void buildTransparencyPage();
+    void buildSwapPage();
+    void buildPresetGroup();
+    void buildOpacityGroup();
+    void buildRenderingGroup();
+    void setKeyboardOrder();
 };
