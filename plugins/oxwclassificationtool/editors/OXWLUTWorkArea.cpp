@@ -33,6 +33,9 @@
 #include <vector>
 
 namespace {
+// No handle to move after a reset.
+constexpr int NoHandle = -1;
+
 // How often the drawing looks again at a histogram that is being calculated, in ms.
 constexpr int CalculationPollMs = 30;
 // The smallest vertical zoom the histogram's scale is divided by.
@@ -1282,30 +1285,28 @@ void OXWLUTWorkArea::intervalVisible()
 
 void OXWLUTWorkArea::resetIntervalDefault()
 {
-    if (!mCurrentInterval) {
-        return;
-    }
-    mCurrentInterval->resetChannel(OpacityChannel);
-    emit objectInfoChanged();
+    resetCurrentOpacity(NoHandle, 0.0f, 0.0f);
 }
 
 void OXWLUTWorkArea::resetIntervalZero()
 {
-    if (!mCurrentInterval) {
-        return;
-    }
-    mCurrentInterval->resetChannel(OpacityChannel);
-    mCurrentInterval->moveHandle(OpacityChannel, 1, 1.0f, 0.0f);
-    emit objectInfoChanged();
+    resetCurrentOpacity(1, 1.0f, 0.0f); // the ramp's top handle down
 }
 
 void OXWLUTWorkArea::resetIntervalOne()
+{
+    resetCurrentOpacity(0, 0.0f, 1.0f); // the ramp's bottom handle up
+}
+
+void OXWLUTWorkArea::resetCurrentOpacity(int handle, float x, float y)
 {
     if (!mCurrentInterval) {
         return;
     }
     mCurrentInterval->resetChannel(OpacityChannel);
-    mCurrentInterval->moveHandle(OpacityChannel, 0, 0.0f, 1.0f);
+    if (handle != NoHandle) {
+        mCurrentInterval->moveHandle(OpacityChannel, handle, x, y);
+    }
     emit objectInfoChanged();
 }
 

@@ -206,6 +206,9 @@ private:
     void dragBorder(int px);
     void dragHandleOrSegment(const QPoint& pos);
     void dragVerticalZoom(const QPoint& pos);
+    // The current interval's opacity back to its default ramp, then one handle moved (none
+    // for a negative handle).
+    void resetCurrentOpacity(int handle, float x, float y);
     void setHoverCursor();
     void beginEditIntervalName();
     QRect nameEditGeometry(int height) const;
