@@ -66,6 +66,8 @@ const OXMRegisteredEnum PresetVolumeRenderHandlerName("PresetVolumeRenderHandler
 // The histogram result's grey-value range; a name of the host.
 const OXMRegisteredEnum DataRangeName("DataRange");
 
+// Colour handles are stored in 0..1; the model keeps them in 0..256.
+constexpr float ColourHandleScale = 1.0f / 256.0f;
 // While set, the host treats writes to the material as its own bookkeeping.
 constexpr unsigned MaterialBookkeepingFlag = 0x10000000u;
 
@@ -1025,7 +1027,7 @@ void OXWClassificationToolGUI::updateColor()
         const WritingScope writing(*this);
         bool ok = true;
         for (int c = 0; c < 3; ++c) {
-            writeHandleList(objects[c], collectHandles(Channels[c], 0.00390625f), ok);
+            writeHandleList(objects[c], collectHandles(Channels[c], ColourHandleScale), ok);
         }
     }
     scheduleEditingState();

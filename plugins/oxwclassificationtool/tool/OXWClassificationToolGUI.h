@@ -154,6 +154,7 @@ private:
     // The selection of the application's lists: exactly one ROI, else exactly one render
     // object; an empty path when there is none.
     static OXMObjectPath findSelection();
+    // Whether the path leads to an object the panel can bind (with volumesOnly: a volume).
     static bool isUsableSelection(const OXMObjectPath& path, bool volumesOnly);
     void followSelection();
     void takeSceneAndRights();
@@ -179,10 +180,16 @@ private:
     // nothing without the rendering objects.
     template <typename T>
     void writeRenderingProperty(bool ofVolume, OXMenum id, const T& value, const QString& action);
+    // Writes OXM::Scale of a transfer channel; true when the channel accepted the value.
     bool writeScale(OXMObject* object, float value);
     void abortCalculation();
+    // Calculates the histogram when it has to be; true when its result can be read now. While
+    // a calculation runs, or after an abort, a re-read is scheduled instead.
     bool calculateHistogram();
+    // Whether the selection, its material with the opacity, transparency and colour channels,
+    // and a histogram are bound.
     bool hasClassificationObjects() const;
+    // Whether the user's rights allow editing the classification.
     bool isEditAllowed() const;
     // The steps of updateObjectInfo().
     struct IntervalLists
