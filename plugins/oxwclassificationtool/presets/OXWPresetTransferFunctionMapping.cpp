@@ -45,12 +45,22 @@ bool setCurve(OXMObject* channel, const std::vector<Handle>& handles, double fal
            channel->setArray(OXM::LookupTableHandleList, handles);
 }
 
+// The points as handles, held flat out to the ends of the preset's interval [low, high] where
+// they stop short of them: a curve covers its whole interval, so the editor and the renderer
+// read the same values there.
 template <typename Point, typename Value>
-std::vector<Handle> handlesOf(const std::vector<Point>& points, Value value)
+std::vector<Handle> handlesOf(const std::vector<Point>& points, Value value, double low,
+                              double high)
 {
     std::vector<Handle> handles;
     for (const Point& p : points)
         handles.emplace_back(float(p.x), float(value(p)));
+    if (handles.empty())
+        return handles;
+    if (double(handles.front().x) > low)
+        handles.insert(handles.begin(), Handle(float(low), handles.front().y));
+    if (double(handles.back().x) < high)
+        handles.emplace_back(float(high), handles.back().y);
     return handles;
 }
 
@@ -68,17 +78,18 @@ bool writeIntervals(OXMObject& record, const OXWTransferFunction& preset, const 
     return record.setArray(OXM::IntervalNameList, std::vector<const char*>{name.constData()}) && ok;
 }
 
-bool writeColours(OXMObject& record, const OXWTransferFunction& preset)
+bool writeColours(OXMObject& record, const OXWTransferFunction& preset, double low, double high)
 {
     using Point = OXWTransferFunction::ColourPoint;
     double Point::*const parts[3] = {&Point::r, &Point::g, &Point::b};
     bool ok = true;
     for (int c = 0; c < 3; ++c) {
         OXMObject* diffuse = record.getLinkedObject(Diffuse[c]);
-        ok =
-            setCurve(diffuse,
-                     handlesOf(preset.colours, [&](const Point& p) { return p.*parts[c]; }), 1.0) &&
-            ok;
+        ok = setCurve(diffuse,
+                      handlesOf(
+                          preset.colours, [&](const Point& p) { return p.*parts[c]; }, low, high),
+                      1.0) &&
+             ok;
         OXMObject* ambient = record.getLinkedObject(Ambient[c]);
         ok = ambient && ambient->setValue(OXM::MapMode, OXM::Reference) &&
              ambient->setValue(OXM::Reference, OXMObjectLink(diffuse)) && ok;
@@ -241,9 +252,11 @@ OXMObjectPtr OXWPresetTransferFunctionMapping::toRecord(const OXWTransferFunctio
     const QByteArray name = preset.name.toLocal8Bit();
     bool ok = writeIntervals(*record, preset, name);
     ok = setCurve(record->getLinkedObject(OXM::Opacity),
-                  handlesOf(preset.opacity, [](const auto& p) { return p.a; }), 1.0) &&
+                  handlesOf(
+                      preset.opacity, [](const auto& p) { return p.a; }, low, high),
+                  1.0) &&
          ok;
-    ok = writeColours(*record, preset) && ok;
+    ok = writeColours(*record, preset, low, high) && ok;
     ok = writeMaterial(*record, preset) && ok;
     ok = record->setValue(AbsoluteModeName, preset.absolute ? OXM::True : OXM::False) && ok;
     return ok ? OXMObjectPtr(record.get()) : OXMObjectPtr();

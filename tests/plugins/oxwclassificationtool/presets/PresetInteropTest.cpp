@@ -19,6 +19,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <memory>
 
 namespace {
@@ -77,15 +79,28 @@ protected:
     {
         return absolute ? x : r0 + (x - x0) * (r1 - r0) / (x1 - x0);
     }
+    // The curve's handles: the points, held flat out to the preset's covered range.
     template <typename P, typename Value>
-    void expectCurve(OXMenum id, const std::vector<P>& points, bool absolute, Value value) const
+    void expectCurve(OXMenum id, const OXWTransferFunction& tf, const std::vector<P>& points,
+                     Value value) const
     {
+        double low = 0.0, high = 0.0;
+        tf.coveredRange(low, high);
+        std::vector<std::pair<double, double>> expected;
+        for (const P& p : points)
+            expected.emplace_back(p.x, value(p));
+        if (expected.front().first > low)
+            expected.insert(expected.begin(), {low, expected.front().second});
+        if (expected.back().first < high)
+            expected.emplace_back(high, expected.back().second);
         const std::vector<Handle> list = handles(id);
-        ASSERT_EQ(list.size(), points.size()) << OXMenum(id).getName();
+        ASSERT_EQ(list.size(), expected.size()) << OXMenum(id).getName();
         for (std::size_t k = 0; k < list.size(); ++k) {
-            const double x = mapped(points[k].x, points.front().x, points.back().x, absolute);
+            // An absolute curve is cut at the data's range.
+            const double x = std::clamp(mapped(expected[k].first, low, high, tf.absolute),
+                                        double(r0), double(r1));
             EXPECT_NEAR(list[k].x, x, (r1 - r0) / 65536.0) << k;
-            EXPECT_NEAR(list[k].y, value(points[k]), 1e-6) << k;
+            EXPECT_NEAR(list[k].y, expected[k].second, 1e-6) << k;
         }
     }
 
@@ -110,13 +125,10 @@ TEST_F(PresetInterop, ImportedPresetsAreAppliedHandleByHandle)
             SCOPED_TRACE(tf.name.toStdString());
             ASSERT_TRUE(importAndApply(tf, path));
             ++applied;
-            expectCurve(OXM::Opacity, tf.opacity, tf.absolute, [](const auto& p) { return p.a; });
-            expectCurve(OXM::DiffuseRed, tf.colours, tf.absolute,
-                        [](const Point& p) { return p.r; });
-            expectCurve(OXM::DiffuseGreen, tf.colours, tf.absolute,
-                        [](const Point& p) { return p.g; });
-            expectCurve(OXM::DiffuseBlue, tf.colours, tf.absolute,
-                        [](const Point& p) { return p.b; });
+            expectCurve(OXM::Opacity, tf, tf.opacity, [](const auto& p) { return p.a; });
+            expectCurve(OXM::DiffuseRed, tf, tf.colours, [](const Point& p) { return p.r; });
+            expectCurve(OXM::DiffuseGreen, tf, tf.colours, [](const Point& p) { return p.g; });
+            expectCurve(OXM::DiffuseBlue, tf, tf.colours, [](const Point& p) { return p.b; });
             EXPECT_EQ(channel(OXM::AmbientBlue)->resolve(), channel(OXM::DiffuseBlue));
             const std::pair<OXMenum, double> constants[] = {
                 {OXM::AmbientIntensity, tf.ambient},   {OXM::DiffuseIntensity, tf.diffuse},
