@@ -15,6 +15,7 @@
 
 #include <QObject>
 
+#include <cmath>
 #include <new>
 
 namespace {
@@ -24,6 +25,8 @@ const OXMRegisteredEnum HandlerName("PresetClassificationHandler", false, Ns);
 // Registered for the host's volume-render presets; the handler itself does not read it.
 const OXMRegisteredEnum VolumeRenderHandlerName("PresetVolumeRenderHandler", false, Ns);
 const OXMRegisteredEnum AbsoluteModeName("AbsoluteMode", false, Ns);
+// The histogram result's values at its first and last bin; a name of the host.
+const OXMRegisteredEnum DataRangeName("DataRange");
 const OXMRegisteredEnum IntervalFloatIndexListName("IntervalFloatIndexList", false, Ns);
 const OXMRegisteredEnum ShadingModelName("ShadingModel", false, Ns);
 const OXMRegisteredEnum ShadingCountLimitName("ShadingCountLimit", false, Ns);
@@ -242,6 +245,7 @@ bool OXWPresetClassificationHandler::saveTargetAsPreset(const QString& name, OXM
     for (auto c = table.rbegin(); c != table.rend(); ++c)
         ok = copyProperties(record->getLinkedObject(*c), material->getLinkedObject(*c)) && ok;
     ok = record->setValue(AbsoluteModeName, mAbsolute ? OXM::True : OXM::False) && ok;
+    ok = (!mAbsolute || mapAbsolutePositions(record.get(), true)) && ok;
     ok = copyRenderSettingsInto(record.get()) && ok;
     using Record = OXMPresetClassificationProxyObject;
     Record::redirectChannelReferences(Record::channelsOf(record.get()),
@@ -305,7 +309,8 @@ bool OXWPresetClassificationHandler::applyPresetToTarget(const QString& name, OX
     OXMenum mode = OXM::Unknown;
     record->getValue(AbsoluteModeName, mode);
     const bool absolute = mode == OXM::True;
-    if (!convertRecord(record.get(), range, absolute))
+    if ((absolute && !mapAbsolutePositions(record.get(), false)) ||
+        !convertRecord(record.get(), range, absolute))
         return false; // nothing was written
     bool ok = writeRenderSettings(*record);
     ok = writeClassification(record.get()) && ok;
@@ -322,6 +327,47 @@ bool OXWPresetClassificationHandler::greyValueRange(Range& range) const
     const auto* values = OXMValueArrayPropertyIF<float>::getInterface(
         result ? result->getProperty(OXM::Histogram) : nullptr);
     return values && values->getArrayIndexRange(range.first, range.last);
+}
+
+bool OXWPresetClassificationHandler::mapAbsolutePositions(OXMObject* record, bool toValues) const
+{
+    Range bins;
+    if (!greyValueRange(bins) || bins.last < bins.first)
+        return false;
+    OXMObject* result = OXMObject::linkedObject(getHistogramObject(), OXM::Result);
+    std::pair<float, float> values(float(bins.first), float(bins.last));
+    if (result)
+        result->getValue(OXMenum(DataRangeName), values);
+    const double step = bins.last > bins.first ? (double(values.second) - double(values.first)) /
+                                                     double(bins.last - bins.first)
+                                               : 1.0;
+    if (!(step > 0.0) || !std::isfinite(step))
+        return false;
+    const auto map = [&](double x) {
+        return toValues ? double(values.first) + (x - bins.first) * step
+                        : bins.first + (x - double(values.first)) / step;
+    };
+    const OXMNoUndoScope scratch;
+    std::vector<float> borders;
+    record->getArray(IntervalFloatIndexListName, borders);
+    if (borders.empty()) {
+        std::vector<int> integers;
+        record->getArray(OXM::IntervalIndexList, integers);
+        borders.assign(integers.begin(), integers.end());
+    }
+    for (float& b : borders)
+        b = float(map(double(b)));
+    bool ok = record->setArray(IntervalFloatIndexListName, borders);
+    for (OXMenum id : channelTable()) {
+        OXMObject* channel = record->getLinkedObject(id);
+        std::vector<OXMVector2<float>> handles;
+        if (!channel || !channel->getArray(OXM::LookupTableHandleList, handles) || handles.empty())
+            continue;
+        for (auto& h : handles)
+            h.x = float(map(double(h.x)));
+        ok = channel->setArray(OXM::LookupTableHandleList, handles) && ok;
+    }
+    return ok;
 }
 
 bool OXWPresetClassificationHandler::convertRecord(OXMObject* record, Range range,

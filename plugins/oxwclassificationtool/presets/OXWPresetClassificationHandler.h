@@ -80,6 +80,13 @@ public:
 private:
     // The first and last bin index of the histogram (its calculation is run first).
     bool greyValueRange(OXWPresetConversion::Range& range) const;
+    // Absolute presets hold data values: the bins of data whose bins do not count one value
+    // each (floating-point data, wide integers) are mapped to the values at their centres when
+    // a preset is saved, and back onto the target's bins when one is applied. Bin b of a
+    // histogram whose first and last bins hold the values v0 and v1 (its "DataRange") is the
+    // value v0 + (b - first) * (v1 - v0) / (last - first); for data counted one value per bin
+    // this is b itself. False without a histogram.
+    bool mapAbsolutePositions(OXMObject* record, bool toValues) const;
     bool convertRecord(OXMObject* record, OXWPresetConversion::Range range, bool absolute) const;
     bool writeRenderSettings(const OXMObject& record);
     bool writeClassification(OXMObject* record);

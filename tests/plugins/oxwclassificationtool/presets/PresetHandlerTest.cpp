@@ -287,3 +287,56 @@ TEST_F(PresetHandler, PresetsThatCantBeAppliedLeaveTheTargetOrKeepItsRenderPlugI
     EXPECT_EQ(volume->getRenderPlugin(), plugin);
     EXPECT_EQ(array<int>(material(), OXM::IntervalIndexList), (std::vector<int>{10, 15, 20, 25}));
 }
+
+// An absolute preset holds data values: saved from floating-point data, its border lands at
+// the same value on other floating-point data, whatever their bins.
+TEST_F(PresetHandler, AnAbsolutePresetOfFloatDataKeepsItsBorderAtItsValue)
+{
+    const auto floatVolume = [this](const char* name, float low, float high) {
+        std::vector<float> values(4000);
+        for (std::size_t i = 0; i < values.size(); ++i)
+            values[i] = low + (high - low) * float(i) / float(values.size() - 1);
+        std::vector<std::uint8_t> bytes(values.size() * sizeof(float));
+        std::memcpy(bytes.data(), values.data(), bytes.size());
+        return addVolume(name, bytes, OXM::Float32, OXMVector3<int>(int(values.size()), 1, 1));
+    };
+    // The bin of the panel's model whose centre lies nearest the value, and that centre.
+    const auto binNear = [this](double value, double& centre) {
+        const OXWLUTObjectInfo* info = model();
+        int best = 0;
+        double bestDistance = 1e300;
+        for (int bin = int(info->greyMin()); bin <= int(info->greyMax()); ++bin) {
+            const double v = info->calibratedFromPosition(info->positionFromGrey(float(bin)));
+            if (std::abs(v - value) < bestDistance) {
+                best = bin;
+                bestDistance = std::abs(v - value);
+                centre = v;
+            }
+        }
+        return best;
+    };
+    OXMVolumeRenderObject* from = floatVolume("From", -1000.0f, 3000.0f);
+    OXMVolumeRenderObject* onto = floatVolume("Onto", 0.0f, 4000.0f);
+    ASSERT_TRUE(from && onto);
+    selectAndSettle(from);
+    double savedValue = 0.0;
+    const int savedBin = binNear(1000.0, savedValue);
+    std::vector<int> borders = array<int>(presets->material(), OXM::IntervalIndexList);
+    ASSERT_EQ(borders.size(), 2u);
+    ASSERT_TRUE(setArray(presets->material(), OXM::IntervalIndexList,
+                         std::vector<int>{borders.front(), savedBin, borders.back()}));
+    ASSERT_TRUE(setArray(presets->material(), OXM::IntervalModeList,
+                         std::vector<OXMenum>{OXM::Enabled, OXM::Enabled}));
+    ASSERT_TRUE(
+        setArray(presets->material(), OXM::IntervalNameList, std::vector<const char*>{"a", "b"}));
+    presets->setAbsolutePreset(true);
+    ASSERT_TRUE(presets->saveTargetAsPreset("Values", OXM::UserPreset));
+
+    selectAndSettle(onto);
+    pick("Values", OXM::UserPreset);
+    borders = array<int>(presets->material(), OXM::IntervalIndexList);
+    ASSERT_EQ(borders.size(), 3u);
+    double ontoValue = 0.0;
+    const int expected = binNear(savedValue, ontoValue);
+    EXPECT_NEAR(borders[1], expected, 1) << "saved at " << savedValue;
+}
