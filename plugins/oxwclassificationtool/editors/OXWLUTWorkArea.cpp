@@ -642,13 +642,13 @@ void OXWLUTWorkArea::renderOpacityCurve(OXWPainter& painter, const OXWLUTInterva
 {
     const float s = mObjectInfo->greyStep();
     const OXWLUTIntervalInfo::HandleList& handles = interval.handles(OpacityChannel);
-    mCurveLine.clear();
-    mCurveMarks.clear();
+    QPolygon line;
+    std::vector<OXWPainter::Mark> marks;
     for (const auto& handle : handles) {
         const float x = interval.globalFromLocal(handle.x);
         const int p = pixels.x(x);
         const int y = pixels.y(handle.y);
-        mCurveLine << QPoint(p, y);
+        line << QPoint(p, y);
         if (!insidePixelLimit(p) || !insidePixelLimit(y)) {
             continue;
         }
@@ -659,13 +659,13 @@ void OXWLUTWorkArea::renderOpacityCurve(OXWPainter& painter, const OXWLUTInterva
             l = p - 3;
             r = p + 3;
         }
-        mCurveMarks.push_back({l, r, y - 4});
+        marks.push_back({l, r, y - 4});
     }
     if (handles.size() >= 2) {
         painter.setPen(QColor(Qt::darkGray));
-        painter.drawColumnPolyline(mCurveLine);
+        painter.drawColumnPolyline(line);
     }
-    painter.fillMarks(mCurveMarks, 8, QColor(Qt::darkGray));
+    painter.fillMarks(marks, 8, QColor(Qt::darkGray));
 }
 
 void OXWLUTWorkArea::renderIsosurfaceMarker(OXWPainter& painter)

@@ -258,9 +258,6 @@ private:
     float mPositionPerPixel = 1.0f;
     float mHeightPerPixel = 1.0f;
     std::unique_ptr<QPixmap> mBuffer;
-    // The opacity curve and handle marks of one interval, kept to reuse their memory.
-    QPolygon mCurveLine;
-    std::vector<OXWPainter::Mark> mCurveMarks;
     QMenu* mMenu = nullptr;
     QMenu* mNewIntervalMenu = nullptr;
     QMenu* mDeleteIntervalMenu = nullptr;
