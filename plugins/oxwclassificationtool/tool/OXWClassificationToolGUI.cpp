@@ -1149,14 +1149,10 @@ void OXWClassificationToolGUI::updateShininess()
 
 void OXWClassificationToolGUI::updateTransparency()
 {
-    OXWApplication* app = application();
-    const int id = app ? app->userActionBegin(tr("Set material transparency")) : 0;
+    OXWApplication::UserActionScope action(tr("Set material transparency"));
     if (!writeScale(mTransparency.get(), float(mTransparencySpinBox->value() * 0.01))) {
         readTransparencySpinBox();
         update();
-    }
-    if (app) {
-        app->userActionEnd(id);
     }
 }
 
@@ -1841,71 +1837,76 @@ void OXWClassificationToolGUI::renderMethodSlot()
     if (!volume || !oldPlugin || !oldSettings) {
         return;
     }
-    OXWApplication* app = application();
     const QString actionName = tr("Change rendering method");
-    const int action = app ? app->userActionBegin(actionName) : 0;
-    const auto close = [app](int id) {
-        if (app) {
-            app->userActionEnd(id);
-        }
-    };
+    OXWApplication::UserActionScope action(actionName);
     const QString text = mRenderMethodComboBox->currentText();
     const OXMenum shading = table.shadingModelFor(text);
-    const QString className = table.classNameFor(text);
-    const OXMMetaClass* oldMeta = oldPlugin->getMetaClass();
-    if (className != QString::fromLatin1(oldMeta ? oldMeta->getClassName() : "")) {
-        const QByteArray name = className.toLatin1();
-        OXMObjectRefPtr created(name.constData());
-        OXMObject* plugin = created.get();
-        if (!plugin) {
-            close(action);
-            return;
-        }
-        plugin->prepareRoles();
-        plugin->setScope(OXM::Global);
-        const int nested = app ? app->userActionBegin(actionName) : 0;
-        OXMObject* settings = table.mROI.get() ? table.mROI.get() : volume;
-        if (plugin->isOfType("OXMOxm2RenderPlugin")) {
-            settings = OXWRenderMethodTable::findRenderSettings();
-            if (settings) {
-                OXMenum oldShading = OXM::Unknown;
-                if (oldPlugin->getValue(OXMenum(ShadingModelName), oldShading)) {
-                    settings->setValue(OXM::RenderingMode, oldShading);
-                }
-                settings->copyProperty(oldPlugin, OXM::SamplingDistance);
-            }
-        } else if (oldSettings->isOfType("OXMOxm2RenderSettings")) {
-            OXMenum oldShading = OXM::Unknown;
-            if (oldSettings->getValue(OXM::RenderingMode, oldShading)) {
-                plugin->setValue(OXMenum(ShadingModelName), oldShading);
-            }
-            plugin->copyProperty(oldSettings, OXM::SamplingDistance);
-        } else {
-            plugin->copyProperty(oldPlugin, OXMenum(ShadingModelName));
-            plugin->copyProperty(oldPlugin, OXM::SamplingDistance);
-        }
-        // The volume's link takes the reference below; until then the holder keeps it.
-        table.mRenderPlugin = plugin;
-        table.mRenderSettings = settings;
-        if (!volume->setValue(OXM::RenderPlugin, OXMObjectLink(plugin))) {
-            close(nested);
-            close(action);
-            return;
-        }
-        close(nested);
-    } else if (!volume->setValue(OXM::RenderPlugin, OXMObjectLink(oldPlugin))) {
-        close(action);
+    if (!switchRenderPlugin(table.classNameFor(text), actionName)) {
         return;
     }
-    const int shadingAction = app ? app->userActionBegin(tr("Change shading model")) : 0;
+    OXWApplication::UserActionScope shadingStep(tr("Change shading model"));
     OXMObject* settings = table.mRenderSettings.get();
     if (settings && settings->isOfType("OXMOxm2RenderSettings")) {
         settings->setValue(OXM::RenderingMode, shading);
     } else if (OXMObject* plugin = table.mRenderPlugin.get()) {
         plugin->setValue(OXMenum(ShadingModelName), shading);
     }
-    close(shadingAction);
-    close(action);
+}
+
+bool OXWClassificationToolGUI::switchRenderPlugin(const QString& className,
+                                                  const QString& actionName)
+{
+    OXWRenderMethodTable& table = *mRenderMethodTable;
+    OXMObject* volume = table.mVolume.get();
+    OXMObject* oldPlugin = table.mRenderPlugin.get();
+    const OXMMetaClass* oldMeta = oldPlugin->getMetaClass();
+    if (className == QString::fromLatin1(oldMeta ? oldMeta->getClassName() : "")) {
+        return volume->setValue(OXM::RenderPlugin, OXMObjectLink(oldPlugin));
+    }
+    const QByteArray name = className.toLatin1();
+    OXMObjectRefPtr created(name.constData());
+    OXMObject* plugin = created.get();
+    if (!plugin) {
+        return false;
+    }
+    plugin->prepareRoles();
+    plugin->setScope(OXM::Global);
+    OXWApplication::UserActionScope nested(actionName);
+    OXMObject* settings = carryRenderSettingsOver(plugin, oldPlugin, volume);
+    // The volume's link takes the reference below; until then the holder keeps it.
+    table.mRenderPlugin = plugin;
+    table.mRenderSettings = settings;
+    return volume->setValue(OXM::RenderPlugin, OXMObjectLink(plugin));
+}
+
+OXMObject* OXWClassificationToolGUI::carryRenderSettingsOver(OXMObject* plugin,
+                                                             OXMObject* oldPlugin,
+                                                             OXMObject* volume)
+{
+    OXWRenderMethodTable& table = *mRenderMethodTable;
+    OXMObject* oldSettings = table.mRenderSettings.get();
+    OXMObject* settings = table.mROI.get() ? table.mROI.get() : volume;
+    if (plugin->isOfType("OXMOxm2RenderPlugin")) {
+        // The camera ray tracer keeps shading and sampling in the camera's settings.
+        settings = OXWRenderMethodTable::findRenderSettings();
+        if (settings) {
+            OXMenum oldShading = OXM::Unknown;
+            if (oldPlugin->getValue(OXMenum(ShadingModelName), oldShading)) {
+                settings->setValue(OXM::RenderingMode, oldShading);
+            }
+            settings->copyProperty(oldPlugin, OXM::SamplingDistance);
+        }
+    } else if (oldSettings->isOfType("OXMOxm2RenderSettings")) {
+        OXMenum oldShading = OXM::Unknown;
+        if (oldSettings->getValue(OXM::RenderingMode, oldShading)) {
+            plugin->setValue(OXMenum(ShadingModelName), oldShading);
+        }
+        plugin->copyProperty(oldSettings, OXM::SamplingDistance);
+    } else {
+        plugin->copyProperty(oldPlugin, OXMenum(ShadingModelName));
+        plugin->copyProperty(oldPlugin, OXM::SamplingDistance);
+    }
+    return settings;
 }
 
 bool OXWClassificationToolGUI::renderingTargets(OXMObject*& settings, OXMObject*& volume) const

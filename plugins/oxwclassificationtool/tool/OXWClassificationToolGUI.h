@@ -167,6 +167,12 @@ private:
     void readShininessSpinBox();
     void readTransparencySpinBox();
     void readRenderingControls();
+    // The steps of renderMethodSlot(): the render plug-in of the chosen class on the volume (a
+    // new one, as a nested step, when the class differs), and the shading and sampling it
+    // takes over from the one before; false when the volume refuses it.
+    bool switchRenderPlugin(const QString& className, const QString& actionName);
+    // Returns the object that holds the new plug-in's render settings.
+    OXMObject* carryRenderSettingsOver(OXMObject* plugin, OXMObject* oldPlugin, OXMObject* volume);
     // The steps of readRenderingControls().
     void readOversampling(const OXMObject* plugin, const OXMObject* settings);
     void readRenderMethod(const OXMObject* plugin, OXMenum shading);
