@@ -108,7 +108,7 @@ TEST(OXWTransferFunctionFile, SampledCurvesKeepTheViewersCurves)
                 {"linear kept", double(p[0].colours.size() + p[0].opacity.size()), 6.0}};
     for (const auto& row : rows)
         EXPECT_NEAR(row.value, row.expected, 1.5 / 255.0) << row.what;
-    const OXWTransferFunction& bone = readFile("slicer.xml")[0];
+    const OXWTransferFunction bone = readFile("slicer.xml")[0]; // a copy: the list is a temporary
     EXPECT_EQ(bone.opacity[2].x, 1300.0);
     EXPECT_EQ(bone.colours[1].g, 0.5);
     const double material[] = {bone.ambient, bone.diffuse, bone.specular, bone.specularPower,
