@@ -15,8 +15,6 @@
 namespace {
 
 constexpr const char* CameraRayTracer = "OXMOxm2RenderPlugin";
-// The sampling distance that new volumes get (as OXMVolumeRenderObject::initDefaults gives).
-constexpr float NewVolumeSamplingDistance = 0.5f;
 
 // The shading model where the renderer keeps it: its own property, else the camera's.
 bool writeShadingModel(OXMObject* renderer, const char* className, OXMScene* scene,
@@ -57,7 +55,8 @@ bool OXWImportRenderer::apply(OXMVolumeRenderObject* volume, OXMScene* scene,
         return false;
     }
     renderer->prepareRoles();
-    renderer->setValue(OXM::SamplingDistance, NewVolumeSamplingDistance);
+    // The sampling distance of the renderer the volume was made with.
+    renderer->copyProperty(volume->getRenderPlugin(), OXM::SamplingDistance);
     const bool shaded = writeShadingModel(renderer.get(), className, scene, shadingModel);
     return volume->setLinkedObject(OXM::RenderPlugin, renderer.get()) && shaded;
 }

@@ -93,8 +93,8 @@ void OXWPreferenceDialog::buildTree()
     mTree->expandAll();
 }
 
-QTreeWidgetItem* OXWPreferenceDialog::nodeFor(QTreeWidgetItem* parent, const QString& label,
-                                              int order, const QString& description)
+QTreeWidgetItem* OXWPreferenceDialog::childByLabel(QTreeWidgetItem* parent,
+                                                   const QString& label) const
 {
     const int count = parent ? parent->childCount() : mTree->topLevelItemCount();
     for (int i = 0; i < count; ++i) {
@@ -102,6 +102,14 @@ QTreeWidgetItem* OXWPreferenceDialog::nodeFor(QTreeWidgetItem* parent, const QSt
         if (child->text(0) == label)
             return child;
     }
+    return nullptr;
+}
+
+QTreeWidgetItem* OXWPreferenceDialog::nodeFor(QTreeWidgetItem* parent, const QString& label,
+                                              int order, const QString& description)
+{
+    if (QTreeWidgetItem* existing = childByLabel(parent, label))
+        return existing;
     auto* item = parent ? new OrderedItem(parent) : new OrderedItem(mTree);
     item->setText(0, label);
     item->setData(0, OrderRole, order);
@@ -127,16 +135,9 @@ QTreeWidgetItem* OXWPreferenceDialog::findItem(const QString& labelPath) const
 {
     QTreeWidgetItem* item = nullptr;
     for (const QString& label : labelPath.split(QLatin1Char('/'))) {
-        const int count = item ? item->childCount() : mTree->topLevelItemCount();
-        QTreeWidgetItem* found = nullptr;
-        for (int i = 0; i < count && !found; ++i) {
-            QTreeWidgetItem* child = item ? item->child(i) : mTree->topLevelItem(i);
-            if (child->text(0) == label)
-                found = child;
-        }
-        if (!found)
+        item = childByLabel(item, label);
+        if (!item)
             return nullptr;
-        item = found;
     }
     return item;
 }

@@ -44,6 +44,8 @@ private:
     void buildTree();
     // The first node, top to bottom, that shows an editor (the page the dialog opens on).
     QTreeWidgetItem* firstPageWithEditors() const;
+    // The child of that label (a top-level item for a null parent), or null.
+    QTreeWidgetItem* childByLabel(QTreeWidgetItem* parent, const QString& label) const;
     QTreeWidgetItem* nodeFor(QTreeWidgetItem* parent, const QString& label, int order,
                              const QString& description);
     QWidget* buildPage(const Node& node);
