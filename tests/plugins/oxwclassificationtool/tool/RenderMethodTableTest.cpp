@@ -88,84 +88,36 @@ QStringList itemsOf(const QComboBox& box)
 
 } // namespace
 
-TEST(RenderMethodTable, HoldsTheTenMethodsInOrder)
+// Each row is found again by its display name and by its renderer and shading, and names a
+// renderer the host can create; what no row holds is found nowhere.
+TEST(RenderMethodTable, EveryRowIsFoundByItsNameAndByItsRendererAndShading)
 {
     const OXWRenderMethodTable table;
-    struct Row
-    {
-        const char* displayName;
-        const char* className;
-        OXMenum shading;
-    };
-    const Row rows[OXWRenderMethodTable::RowCount] = {
-        {"Isosurface renderer", "OXMRaytracing::Isosurface::RenderPlugin", OXM::Phong},
-        {"Volume renderer (Phong)", "OXMRaytracing::Volume::RenderPlugin", OXM::Phong},
-        {"Volume renderer (Scatter HQ)", "OXMRaytracing::Volume::RenderPlugin",
-         toolEnum("ScatterHQ")},
-        {"Hardware renderer (Scatter HQ)", "OXMDDTexture3DRenderPlugin", toolEnum("ScatterHQ")},
-        {"X-Ray", "OXMOxm2RenderPlugin", toolEnum("XRay")},
-        {"Sum along Ray", "OXMOxm2RenderPlugin", toolEnum("Sum")},
-        {"Maximum Projection", "OXMOxm2RenderPlugin", OXM::Maximum},
-        {"Scatter (v1.2)", "OXMOxm2RenderPlugin", toolEnum("Scatter")},
-        {"Scatter HQ (v1.2)", "OXMOxm2RenderPlugin", toolEnum("ScatterHQ")},
-        {"Scatter Gradient (v1.2)", "OXMOxm2RenderPlugin", toolEnum("ScatterGradient")},
-    };
     for (int row = 0; row < OXWRenderMethodTable::RowCount; ++row) {
         SCOPED_TRACE(row);
-        const Row& r = rows[row];
-        EXPECT_TRUE(r.shading.isValid());
-        EXPECT_EQ(table.displayName(row), QString::fromLatin1(r.displayName));
-        EXPECT_EQ(table.className(row), QString::fromLatin1(r.className));
-        EXPECT_EQ(table.shadingModel(row), r.shading);
-        // The host can create every renderer the table names.
-        OXMObjectRefPtr plugin(r.className);
+        const QString name = table.displayName(row);
+        EXPECT_EQ(table.classNameFor(name), table.className(row));
+        EXPECT_EQ(table.shadingModelFor(name), table.shadingModel(row));
+        EXPECT_EQ(table.displayNameFor(table.className(row), table.shadingModel(row)), name);
+        const QByteArray className = table.className(row).toLatin1();
+        OXMObjectRefPtr plugin(className.constData());
         ASSERT_NE(plugin.get(), nullptr);
-        EXPECT_TRUE(plugin->isOfType(r.className));
+        EXPECT_TRUE(plugin->isOfType(className.constData()));
     }
-    // The values are the ones the scene's objects store.
-    EXPECT_EQ(table.shadingModel(8), OXMSceneNames::scatterHQ());
-    EXPECT_EQ(toolEnum("ShadingModel"), OXMSceneNames::shadingModel());
-    EXPECT_EQ(toolEnum("SceneCameraList"), OXMSceneNames::sceneCameraList());
-
-    EXPECT_TRUE(table.displayName(-1).isNull());
-    EXPECT_TRUE(table.displayName(OXWRenderMethodTable::RowCount).isNull());
-    EXPECT_TRUE(table.className(OXWRenderMethodTable::RowCount).isNull());
-    EXPECT_EQ(table.shadingModel(-1), OXM::Unknown);
-}
-
-TEST(RenderMethodTable, LooksUpRowsByNameAndByRendererAndShading)
-{
-    const OXWRenderMethodTable table;
-    EXPECT_EQ(table.classNameFor(QStringLiteral("Scatter HQ (v1.2)")),
-              QStringLiteral("OXMOxm2RenderPlugin"));
-    EXPECT_EQ(table.classNameFor(QStringLiteral("Hardware renderer (Scatter HQ)")),
-              QStringLiteral("OXMDDTexture3DRenderPlugin"));
-    EXPECT_EQ(table.shadingModelFor(QStringLiteral("Maximum Projection")), OXM::Maximum);
-    EXPECT_EQ(table.shadingModelFor(QStringLiteral("Isosurface renderer")), OXM::Phong);
-
-    const OXMenum scatterHQ = toolEnum("ScatterHQ");
-    EXPECT_EQ(
-        table.displayNameFor(QStringLiteral("OXMRaytracing::Volume::RenderPlugin"), scatterHQ),
-        QStringLiteral("Volume renderer (Scatter HQ)"));
-    EXPECT_EQ(table.displayNameFor(QStringLiteral("OXMOxm2RenderPlugin"), scatterHQ),
+    EXPECT_EQ(table.displayNameFor(QStringLiteral("OXMOxm2RenderPlugin"), toolEnum("ScatterHQ")),
               QStringLiteral("Scatter HQ (v1.2)"));
-    EXPECT_EQ(table.displayNameFor(QStringLiteral("OXMDDTexture3DRenderPlugin"), scatterHQ),
-              QStringLiteral("Hardware renderer (Scatter HQ)"));
-    EXPECT_EQ(table.displayNameFor(QStringLiteral("OXMOxm2RenderPlugin"), toolEnum("Sum")),
-              QStringLiteral("Sum along Ray"));
+    EXPECT_EQ(table.shadingModel(8), OXMSceneNames::scatterHQ());
 
-    // None.
-    EXPECT_TRUE(table.classNameFor(QStringLiteral("Ray caster")).isEmpty());
-    EXPECT_TRUE(table.classNameFor(QStringLiteral("x-ray")).isEmpty());
-    EXPECT_EQ(table.shadingModelFor(QStringLiteral("Ray caster")), OXM::Unknown);
-    EXPECT_EQ(table.shadingModelFor(QString()), OXM::Unknown);
+    for (int row : {-1, int(OXWRenderMethodTable::RowCount)}) {
+        EXPECT_TRUE(table.displayName(row).isNull());
+        EXPECT_TRUE(table.className(row).isNull());
+        EXPECT_EQ(table.shadingModel(row), OXM::Unknown);
+    }
+    for (const QString& name : {QStringLiteral("Ray caster"), QStringLiteral("x-ray"), QString()}) {
+        EXPECT_TRUE(table.classNameFor(name).isEmpty());
+        EXPECT_EQ(table.shadingModelFor(name), OXM::Unknown);
+    }
     EXPECT_TRUE(table.displayNameFor(QStringLiteral("OXMOxm2RenderPlugin"), OXM::Phong).isNull());
-    EXPECT_TRUE(
-        table.displayNameFor(QStringLiteral("OXMDDTexture3DRenderPlugin"), OXM::Phong).isNull());
-    EXPECT_TRUE(
-        table
-            .displayNameFor(QStringLiteral("OXMRaytracing::Isosurface::RenderPlugin"), OXM::Unknown)
-            .isNull());
     EXPECT_TRUE(table.displayNameFor(QString(), OXM::Phong).isNull());
 }
 
@@ -276,79 +228,40 @@ TEST(RenderMethodTable, ItsPointersReportToOneListenerUntilCleared)
     table.clear(); // the listeners go before the objects
 }
 
-TEST(RenderMethodTableSettings, NoneWithoutApplicationOrScene)
+// The render settings are the first ones in the engine list of the scene's first camera.
+TEST(RenderMethodTableSettings, AreTheFirstOfTheFirstCamerasEngineList)
 {
     ASSERT_EQ(OXMSingleton<OXWApplication>::getInstance(), nullptr);
     EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), nullptr);
-
     OXWApplication app;
     EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), nullptr);
-
-    // A scene link to something that has no cameras.
     OXMObjectPtr notAScene(new OXMRenderPlugin);
     ASSERT_TRUE(app.setValue(OXM::Scene, OXMObjectLink(notAScene.get())));
     EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), nullptr);
-}
 
-class RenderMethodTableScene : public ::testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        scene = new OXMScene;
-        holdScene = scene;
-        ASSERT_TRUE(app.setValue(OXM::Scene, OXMObjectLink(scene)));
-    }
-
-    OXWApplication app;
-    OXMObjectPtr holdScene;
-    OXMScene* scene = nullptr;
-};
-
-TEST_F(RenderMethodTableScene, FindsTheRenderSettingsOfANewScenesCamera)
-{
+    auto* scene = new OXMScene;
+    OXMObjectPtr holdScene(scene);
+    ASSERT_TRUE(app.setValue(OXM::Scene, OXMObjectLink(scene)));
     OXMCamera* camera = scene->getCamera(0);
     ASSERT_NE(camera, nullptr);
-    OXMObject* settings = camera->getRenderSettings();
-    ASSERT_NE(settings, nullptr);
-    EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), settings);
-}
+    ASSERT_NE(camera->getRenderSettings(), nullptr);
+    EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), camera->getRenderSettings());
 
-TEST_F(RenderMethodTableScene, TakesTheFirstRenderSettingsOfTheEngineList)
-{
-    OXMCamera* camera = scene->getCamera(0);
-    ASSERT_NE(camera, nullptr);
-    auto* other = new OXMRenderPlugin;
     auto* first = new OXMOxm2RenderSettings;
-    auto* second = new OXMOxm2RenderSettings;
-    ASSERT_TRUE(setLinks(camera, OXM::RaytracingEngineList, {other, first, second}));
+    ASSERT_TRUE(setLinks(camera, OXM::RaytracingEngineList,
+                         {new OXMRenderPlugin, first, new OXMOxm2RenderSettings}));
     EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), first);
-}
-
-TEST_F(RenderMethodTableScene, NoneWhenTheCameraHasNoRenderSettings)
-{
-    OXMCamera* camera = scene->getCamera(0);
-    ASSERT_NE(camera, nullptr);
     ASSERT_TRUE(setLinks(camera, OXM::RaytracingEngineList, {new OXMRenderPlugin}));
     EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), nullptr);
-    ASSERT_TRUE(setLinks(camera, OXM::RaytracingEngineList, {}));
-    EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), nullptr);
-}
 
-TEST_F(RenderMethodTableScene, OnlyTheFirstCameraCounts)
-{
+    // Only the first camera counts.
     const OXMenum cameras = OXMSceneNames::sceneCameraList();
     ASSERT_TRUE(setLinks(scene, cameras, {}));
     EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), nullptr);
-
     auto* bare = new OXMCamera;
     ASSERT_TRUE(setLinks(bare, OXM::RaytracingEngineList, {}));
     auto* equipped = new OXMCamera;
     ASSERT_TRUE(setLinks(scene, cameras, {bare, equipped}));
     ASSERT_NE(equipped->getRenderSettings(), nullptr);
     EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), nullptr);
-
-    ASSERT_TRUE(setLinks(scene, cameras, {new OXMCamera}));
-    ASSERT_NE(scene->getCamera(0), nullptr);
-    EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), scene->getCamera(0)->getRenderSettings());
 }
