@@ -172,133 +172,109 @@ TEST_F(PanelHistogram, SelectingAnotherVolumeDuringThePanelsOwnCalculationAborts
     EXPECT_FLOAT_EQ(model()->greyCount(), float(bins.size()));
 }
 
+// A burst of histogram messages causes one check after a delay; an up-to-date histogram is
+// re-read once, new data is calculated first.
 TEST_F(PanelHistogram, ABurstOfHistogramMessagesCausesOneCheck)
 {
     ASSERT_TRUE(settle());
     OXMHistogram* histogram = volume->getHistogram();
-    const int reads = panel->objectInfoReadCount();
-    for (int i = 0; i < 10; ++i) {
-        histogram->sendMessage(OXM::PropertyChanged, OXM::Result);
+    for (bool newData : {false, true}) {
+        SCOPED_TRACE(newData);
+        const int reads = panel->objectInfoReadCount();
+        if (newData) {
+            changeTestVolumeData();
+        }
+        for (int i = 0; i < 10; ++i) {
+            histogram->sendMessage(OXM::PropertyChanged, OXM::Result);
+        }
+        EXPECT_TRUE(panel->updateAnalyzerTimer()->isActive());
+        EXPECT_EQ(panel->updateAnalyzerTimer()->interval(),
+                  OXWClassificationToolGUI::AnalyzerDelay);
+        EXPECT_EQ(panel->objectInfoReadCount(), reads);
+        ASSERT_TRUE(waitForReread(reads));
+        QTest::qWait(120);
+        EXPECT_EQ(panel->objectInfoReadCount(), reads + 1);
+        EXPECT_FALSE(histogram->needsCalculation());
     }
-    EXPECT_TRUE(panel->updateAnalyzerTimer()->isActive());
-    EXPECT_TRUE(panel->updateAnalyzerTimer()->isSingleShot());
-    EXPECT_EQ(panel->updateAnalyzerTimer()->interval(), OXWClassificationToolGUI::AnalyzerDelay);
-    EXPECT_EQ(panel->objectInfoReadCount(), reads);
-    // The up-to-date histogram needs no calculation: the check re-reads once.
-    ASSERT_TRUE(waitForReread(reads));
-    QTest::qWait(120);
-    EXPECT_EQ(panel->objectInfoReadCount(), reads + 1);
-    EXPECT_FALSE(panel->updateAnalyzerTimer()->isActive());
-}
-
-TEST_F(PanelHistogram, NewDataIsCalculatedAndReadAfterTheCheck)
-{
-    ASSERT_TRUE(settle());
-    OXMHistogram* histogram = volume->getHistogram();
-    const int reads = panel->objectInfoReadCount();
-    changeTestVolumeData();
-    for (int i = 0; i < 10; ++i) {
-        histogram->sendMessage(OXM::PropertyChanged, OXM::Result);
-    }
-    ASSERT_TRUE(waitForReread(reads));
-    QTest::qWait(120);
-    EXPECT_FALSE(histogram->needsCalculation());
     EXPECT_EQ(histogram->getResult()->getCounts(), std::vector<float>(std::size_t(Cells), 3.0f));
 }
 
-TEST_F(PanelHistogram, ExportsAOneBinHistogramAsOnePoint)
+// One point per bin, from the first value to the last; the work area's menu item exports too.
+TEST_F(PanelHistogram, ExportsOnePointPerBin)
 {
-    ASSERT_NE(selectVolume("One", {9, 9, 9, 9}), nullptr);
-    ASSERT_NE(model(), nullptr);
-    EXPECT_FLOAT_EQ(model()->greyCount(), 1.0f);
-    const QString fileName = files.filePath(QStringLiteral("one.csv"));
-    OXWFileDialog::queueTestAnswer({fileName, QString()});
-    MessageBoxCloser boxes;
-    panel->saveHistogram();
-    EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 0);
-    EXPECT_TRUE(boxes.titles.isEmpty());
-
+    HandleList everyBin;
+    for (int g = First; g <= Last; ++g) {
+        everyBin.emplace_back(float(g), 2.0f);
+    }
+    const struct
+    {
+        std::vector<std::uint8_t> voxels; // none: the test volume
+        HandleList points;
+    } cases[] = {{{9, 9, 9, 9}, {{9.0f, 4.0f}}},
+                 {{5, 5, 5, 6}, {{5.0f, 3.0f}, {6.0f, 1.0f}}},
+                 {{}, everyBin}};
+    int n = 0;
+    QString firstStart;
+    for (const auto& c : cases) {
+        SCOPED_TRACE(n);
+        if (!c.voxels.empty()) {
+            ASSERT_NE(selectVolume("Exported", c.voxels), nullptr);
+        } else {
+            select({volume});
+            ASSERT_TRUE(settle());
+        }
+        const QString fileName = files.filePath(QStringLiteral("%1.csv").arg(++n));
+        OXWFileDialog::queueTestAnswer({fileName, QString()});
+        MessageBoxCloser boxes;
+        if (n == 3) {
+            emit workArea()->histogramSaveActivated();
+        } else {
+            panel->saveHistogram();
+        }
+        EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 0);
+        EXPECT_TRUE(boxes.titles.isEmpty());
+        QString header;
+        HandleList points;
+        ASSERT_TRUE(readCsv(fileName, header, points));
+        EXPECT_EQ(header, QStringLiteral("x,y"));
+        EXPECT_EQ(points, c.points);
+        if (n == 1) {
+            firstStart = OXWFileDialog::lastRequest().startDirectory;
+        }
+    }
     const OXWFileDialog::Request request = OXWFileDialog::lastRequest();
     EXPECT_TRUE(request.save);
-    EXPECT_EQ(request.identity, OXM::Scene);
     EXPECT_EQ(request.caption, QStringLiteral("Save csv as..."));
     EXPECT_EQ(request.filters, QStringList({QStringLiteral("CSV files (*.csv *.CSV)")}));
-    EXPECT_EQ(QDir::cleanPath(request.startDirectory),
+    // The first dialog started in the user's documents, the later ones where the last ended.
+    EXPECT_EQ(QDir::cleanPath(request.startDirectory), QDir::cleanPath(files.path()));
+    EXPECT_NE(firstStart, files.path());
+    EXPECT_EQ(QDir::cleanPath(firstStart),
               QDir::cleanPath(OXWApplication::parsePath(QStringLiteral("${USER_DOCUMENTS}"))));
-
-    QString header;
-    HandleList points;
-    ASSERT_TRUE(readCsv(fileName, header, points));
-    EXPECT_EQ(header, QStringLiteral("x,y"));
-    EXPECT_EQ(points, HandleList({{9.0f, 4.0f}}));
 }
 
-TEST_F(PanelHistogram, ExportsATwoBinHistogramFromTheFirstToTheLastValue)
-{
-    ASSERT_NE(selectVolume("Two", {5, 5, 5, 6}), nullptr);
-    const QString fileName = files.filePath(QStringLiteral("two.csv"));
-    OXWFileDialog::queueTestAnswer({fileName, QString()});
-    MessageBoxCloser boxes;
-    panel->saveHistogram();
-    EXPECT_TRUE(boxes.titles.isEmpty());
-
-    QString header;
-    HandleList points;
-    ASSERT_TRUE(readCsv(fileName, header, points));
-    EXPECT_EQ(header, QStringLiteral("x,y"));
-    EXPECT_EQ(points, HandleList({{5.0f, 3.0f}, {6.0f, 1.0f}}));
-}
-
-TEST_F(PanelHistogram, ExportsEveryBinOfTheTestVolume)
-{
-    ASSERT_TRUE(settle());
-    const QString fileName = files.filePath(QStringLiteral("test.csv"));
-    OXWFileDialog::queueTestAnswer({fileName, QString()});
-    panel->saveHistogram();
-    QString header;
-    HandleList points;
-    ASSERT_TRUE(readCsv(fileName, header, points));
-    ASSERT_EQ(points.size(), std::size_t(Cells));
-    for (int i = 0; i < Cells; ++i) {
-        EXPECT_FLOAT_EQ(points[std::size_t(i)].x, float(First + i));
-        EXPECT_FLOAT_EQ(points[std::size_t(i)].y, 2.0f);
-    }
-}
-
-TEST_F(PanelHistogram, AFailedExportShowsAWarning)
+// A file that can't be written gets a warning naming it; a cancelled dialog gets nothing.
+TEST_F(PanelHistogram, AFailedExportShowsAWarningAndACancelledOneNothing)
 {
     ASSERT_TRUE(settle());
     const QString fileName = files.filePath(QStringLiteral("missing/folder/h.csv"));
-    OXWFileDialog::queueTestAnswer({fileName, QString()});
-    MessageBoxCloser boxes;
-    panel->saveHistogram();
-    ASSERT_EQ(boxes.titles.size(), 1);
-    EXPECT_EQ(boxes.titles[0], QStringLiteral("Save Histogram"));
-    EXPECT_EQ(boxes.texts[0], QStringLiteral("Unable to save %1").arg(fileName));
-    EXPECT_TRUE(boxes.hadOkButton[0]);
-    EXPECT_FALSE(QFileInfo::exists(fileName));
-    EXPECT_EQ(app.undoStack()->count(), 0);
-}
-
-TEST_F(PanelHistogram, ACancelledDialogShowsNoWarning)
-{
-    ASSERT_TRUE(settle());
-    OXWFileDialog::queueTestAnswer({QString(), QString()});
-    MessageBoxCloser boxes;
-    panel->saveHistogram();
-    QTest::qWait(50);
-    EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 0);
-    EXPECT_TRUE(boxes.titles.isEmpty()) << boxes.titles.join(QLatin1Char('|')).toStdString();
+    for (const QString& answer : {fileName, QString()}) {
+        OXWFileDialog::queueTestAnswer({answer, QString()});
+        MessageBoxCloser boxes;
+        panel->saveHistogram();
+        QTest::qWait(50);
+        EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 0);
+        if (answer.isEmpty()) {
+            EXPECT_TRUE(boxes.titles.isEmpty());
+            continue;
+        }
+        ASSERT_EQ(boxes.titles.size(), 1);
+        EXPECT_EQ(boxes.titles[0], QStringLiteral("Save Histogram"));
+        EXPECT_EQ(boxes.texts[0], QStringLiteral("Unable to save %1").arg(fileName));
+        EXPECT_TRUE(boxes.hadOkButton[0]);
+    }
     EXPECT_TRUE(QDir(files.path()).entryList(QDir::Files).isEmpty());
-}
-
-TEST_F(PanelHistogram, TheWorkAreaSaveItemExports)
-{
-    ASSERT_TRUE(settle());
-    const QString fileName = files.filePath(QStringLiteral("menu.csv"));
-    OXWFileDialog::queueTestAnswer({fileName, QString()});
-    emit workArea()->histogramSaveActivated();
-    EXPECT_TRUE(QFileInfo::exists(fileName));
+    EXPECT_EQ(app.undoStack()->count(), 0);
 }
 
 namespace {
