@@ -252,33 +252,4 @@ TEST_F(PanelReadOracle, RandomClassificationsReadLikeTheLiteralReRead)
     }
 }
 
-TEST_F(PanelReadOracle, WritingBackAnUnchangedClassificationKeepsItsBorders)
-{
-    OXMSampleMaterial* material = volume->getMaterial();
-    const std::vector<int> borders{99, 150, 151, 260, 399};
-    const std::vector<OXMenum> modes(4, OXM::Enabled);
-    const std::vector<const char*> names{"a", "b", "c", "d"};
-    writeArray(material, OXM::IntervalIndexList, borders);
-    writeArray(material, OXM::IntervalModeList, modes);
-    writeArray(material, OXM::IntervalNameList, names);
-    reread();
-    ASSERT_EQ(panel->objectInfo()->intervalCount(), 4);
-
-    QMetaObject::invokeMethod(panel.get(), "updateIntervals", Qt::DirectConnection);
-    const auto* written =
-        OXMValueArrayPropertyIF<int>::getInterface(material->getProperty(OXM::IntervalIndexList));
-    EXPECT_EQ(written->getArray(), borders);
-
-    // The curves written back read into the same model again.
-    std::vector<Info::HandleList> curves;
-    for (int i = 0; i < 4; ++i) {
-        curves.push_back(panel->objectInfo()->interval(i)->handles(Info::OpacityChannel));
-    }
-    reread();
-    for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(panel->objectInfo()->interval(i)->handles(Info::OpacityChannel),
-                  curves[size_t(i)])
-            << "interval " << i;
-    }
-}
 } // namespace
