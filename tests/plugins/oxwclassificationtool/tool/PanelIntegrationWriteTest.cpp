@@ -293,24 +293,26 @@ TEST_F(PanelWrite, TheSharedCheckBoxLinksTheDiffuseChannelsToTheAmbientOnes)
     EXPECT_EQ(panel->redObject(), channel(OXM::DiffuseRed));
 }
 
-// A step of a material or rendering spin box is one undo step named after the box's own undo
-// scope, whatever name the slot that writes the value opens inside it; its undo shows the old
-// value in the box again.
-TEST_F(PanelWrite, EachSpinBoxStepIsOneUndoStepOfItsName)
+// A step of a material or rendering spin box writes its channel's scale (percent boxes as
+// fractions) in one undo step named after the box's own undo scope, whatever name the slot
+// that writes the value opens inside it; its undo shows the old value in the box again.
+TEST_F(PanelWrite, EachSpinBoxStepWritesItsChannelInOneUndoStepOfItsName)
 {
     struct Box
     {
         int page;
         const char* name;
         const char* step;
+        OXMenum channel; // Unknown: the render plug-in's sampling distance
+        double scale;
     };
     const Box boxes[] = {
-        {0, "mAmbientIntensitySpinBox", "Set ambient intensity"},
-        {1, "mDiffuseIntensitySpinBox", "Set diffuse intensity"},
-        {2, "mSpecularShininessSpinBox", "Set specular shininess"},
-        {2, "mSpecularIntensitySpinBox", "Set specular intensity"},
-        {3, "mTransparencySpinBox", "Set transparency"},
-        {0, "mOversamplingSpinBox", "Set oversampling"},
+        {0, "mAmbientIntensitySpinBox", "Set ambient intensity", OXM::AmbientIntensity, 0.01},
+        {1, "mDiffuseIntensitySpinBox", "Set diffuse intensity", OXM::DiffuseIntensity, 0.01},
+        {2, "mSpecularShininessSpinBox", "Set specular shininess", OXM::Shininess, 1.0},
+        {2, "mSpecularIntensitySpinBox", "Set specular intensity", OXM::SpecularIntensity, 0.01},
+        {3, "mTransparencySpinBox", "Set transparency", OXM::Transparency, 0.01},
+        {0, "mOversamplingSpinBox", "Set oversampling", OXM::Unknown, 0.0},
     };
     for (const Box& b : boxes) {
         SCOPED_TRACE(b.name);
@@ -321,6 +323,11 @@ TEST_F(PanelWrite, EachSpinBoxStepIsOneUndoStepOfItsName)
         const int steps = app.undoStack()->count();
         box->stepUp();
         ASSERT_NE(box->value(), before);
+        if (b.channel != OXM::Unknown) {
+            float scale = -1.0f;
+            ASSERT_TRUE(material()->getLinkedObject(b.channel)->getValue(OXM::Scale, scale));
+            EXPECT_NEAR(scale, box->value() * b.scale, 1e-5);
+        }
         EXPECT_EQ(app.undoStack()->count(), steps + 1);
         EXPECT_EQ(app.undoStack()->undoName(), QString::fromLatin1(b.step));
         ASSERT_TRUE(app.undoStack()->undo());
