@@ -11,6 +11,7 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QGroupBox>
+#include <QToolButton>
 
 namespace paneltest {
 namespace {
@@ -157,16 +158,34 @@ TEST_F(PanelRendering, OversamplingWritesTheInverseDistance)
     EXPECT_FLOAT_EQ(distance, 0.02f);
 }
 
-TEST_F(PanelRendering, GradientNormalizationIsWrittenToTheVolume)
+// The gradient normalization box and the calibration button (open for calibrated isosurfaces)
+// write their switch to the volume.
+TEST_F(PanelRendering, VolumeSwitchesAreWrittenToTheVolume)
 {
-    auto* box = widget<QCheckBox>("mGradientNormalizationCheckBox");
-    ASSERT_NE(box, nullptr);
-    ASSERT_TRUE(box->isEnabled()); // Phong shading
-    box->click();
-    OXMenum value;
-    ASSERT_TRUE(volume->getValue(OXM::GradientNormalization, value));
-    EXPECT_EQ(value, OXM::True);
-    EXPECT_EQ(app.undoStack()->undoName(), QStringLiteral("Normalize gradients"));
+    const struct
+    {
+        QAbstractButton* button;
+        OXMenum id;
+        const char* step;
+    } switches[] = {
+        {widget<QCheckBox>("mGradientNormalizationCheckBox"), OXM::GradientNormalization,
+         "Normalize gradients"},
+        {widget<QToolButton>("mWorkAreaUseCalibrationButton"), OXM::VolumeComponentMode,
+         "Use calibration"},
+    };
+    for (const auto& s : switches) {
+        SCOPED_TRACE(s.step);
+        ASSERT_NE(s.button, nullptr);
+        if (s.button->isEnabled()) {
+            s.button->click();
+        } else {
+            s.button->setChecked(true);
+        }
+        OXMenum value;
+        ASSERT_TRUE(volume->getValue(s.id, value));
+        EXPECT_EQ(value, OXM::True);
+        EXPECT_EQ(app.undoStack()->undoName(), QString::fromLatin1(s.step));
+    }
 }
 
 } // namespace
