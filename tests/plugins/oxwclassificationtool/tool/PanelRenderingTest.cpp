@@ -83,10 +83,13 @@ TEST_F(PanelRendering, AnotherRendererIsCreatedWithTheOldShadingAndDistance)
     EXPECT_EQ(shadingOf(after), OXM::Phong);
     EXPECT_EQ(panel->renderMethodTable()->mRenderPlugin.get(), after);
 
-    // The change message re-reads the controls: the isosurface renderer's check boxes open up.
+    // The change message re-reads the controls: the isosurface renderer's check boxes open up
+    // and the work area shows the iso value.
+    EXPECT_FALSE(workArea()->isIsosurfaceShown());
     ASSERT_TRUE(waitForReread(panel->objectInfoReadCount()));
     EXPECT_EQ(methods()->currentText(), QStringLiteral("Isosurface renderer"));
     EXPECT_TRUE(widget<QCheckBox>("mSurfaceInvertedCheckBox")->isEnabled());
+    EXPECT_TRUE(workArea()->isIsosurfaceShown());
 
     // Its settings live on the volume: swapping the areas and removing inner surfaces.
     widget<QCheckBox>("mSurfaceInvertedCheckBox")->click();
