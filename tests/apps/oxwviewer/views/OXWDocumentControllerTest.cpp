@@ -43,17 +43,9 @@ protected:
         OXWApplication::UserActionScope action(QStringLiteral("Change interval settings"));
         sample.volume16->getMaterial()->setArray(OXM::IntervalIndexList, borders);
     }
-    void answerFileDialog(const QString& path)
+    static void answerFileDialog(const QString& path)
     {
-        OXWFileDialog::TestAnswer answer;
-        answer.fileName = path;
-        OXWFileDialog::queueTestAnswer(answer);
-    }
-    std::vector<int> bordersOf(OXMObject* scene, int volume)
-    {
-        const auto volumes = array<OXMObjectLink>(scene, OXM::VolumeRenderObjectList);
-        auto* v = static_cast<OXMVolumeRenderObject*>(volumes.at(size_t(volume)).getLink());
-        return array<int>(v->getMaterial(), OXM::IntervalIndexList);
+        OXWFileDialog::queueTestAnswer({path, {}});
     }
 
     QTemporaryDir dir;
@@ -87,7 +79,10 @@ TEST_F(DocumentController, SavedAndOpenedAgainTheSceneComesBackUnmodified)
     OXMObject* opened = link(&app, OXM::Scene);
     ASSERT_NE(opened, nullptr);
     EXPECT_NE(opened, sample.scene);
-    EXPECT_EQ(bordersOf(opened, 1), (std::vector<int>{100, 2000, 40000}));
+    const auto volumes = array<OXMObjectLink>(opened, OXM::VolumeRenderObjectList);
+    EXPECT_EQ(array<int>(link(volumes.at(1).getLink(), OXM::ApplicationSampleMaterial),
+                         OXM::IntervalIndexList),
+              (std::vector<int>{100, 2000, 40000}));
     EXPECT_EQ(array<OXMObjectPath>(&app, OXM::RenderObjectSelectionList).size(), 1u);
     EXPECT_EQ(app.undoStack()->count(), 0);
     EXPECT_FALSE(window.isWindowModified());
