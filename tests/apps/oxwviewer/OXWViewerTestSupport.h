@@ -21,7 +21,6 @@ public:
     ~OXWErrorCollector() { OXMError::removeHandler(mId); }
     OXWErrorCollector(const OXWErrorCollector&) = delete;
     OXWErrorCollector& operator=(const OXWErrorCollector&) = delete;
-
     // How many messages contain every one of the texts.
     int matching(const QStringList& texts) const
     {

@@ -23,7 +23,6 @@ protected:
             OXMError::addHandler([this](const OXMError::Message& m) { errors << m.getText(); });
     }
     void TearDown() override { OXMError::removeHandler(handler); }
-
     // A manager as a run of the application has it, with one preference registered.
     std::unique_ptr<OXWPreferenceManager> run(OXMTulvoRights& preference)
     {

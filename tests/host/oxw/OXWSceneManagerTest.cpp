@@ -70,7 +70,6 @@ TEST_F(OXWSceneManagerTest, PlacesAtTheTopAndSelectsInTheApplication)
     EXPECT_EQ(selection(app, OXM::RenderObjectSelectionList),
               std::vector<OXMObjectPath>{volumePath});
     EXPECT_TRUE(selection(app, OXM::RegionOfInterestSelectionList).empty());
-
     // A list property the parent lacks, or an empty link, is refused and changes nothing.
     OXMObjectLink bad(new OXMVolumeRenderObject);
     const OXMObjectPtr badHold(bad.getLink());

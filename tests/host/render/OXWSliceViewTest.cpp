@@ -177,7 +177,6 @@ TEST_F(SliceView, FollowsChannelsAndAReplacedMaterial)
         for (int x = 0; x < Size; ++x)
             ASSERT_EQ(qRed(cyan.pixel(x, y)), 0);
     EXPECT_EQ(nonBlack(cyan), nonBlack(white));
-
     // A new material whose only interval is off: all black, and its channels are followed.
     OXMObjectPtr oldMaterial(material); // kept alive to write to its channels below
     auto* replacement = new OXMSampleMaterial;
@@ -244,7 +243,6 @@ TEST_F(SliceView, TheWheelMovesThroughSlicesAndARightDragSetsWindowAndLevel)
     const QImage bottom = axialImage();
     EXPECT_EQ(bottom.pixel(7, 9) & 0x00ffffffu,
               view.getClassification().entryForBin(axial(7, 9, 0)) & 0x00ffffffu);
-
     // Window 0.5 at level 0.25 shows the colours 0 .. 0.5 over the whole range.
     const QImage before = view.getRenderedImage();
     QTest::mousePress(&view, Qt::RightButton, Qt::NoModifier, QPoint(600, 120));

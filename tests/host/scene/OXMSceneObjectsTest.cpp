@@ -150,18 +150,6 @@ TEST(OXMSceneObjects, RenderPluginsAreCreatedByClassNameWithTheirOwnSettings)
     }
     EXPECT_EQ(OXMSceneNames::shadingModel(),
               OXMenum::find("ShadingModel", "oxwclassificationtool"));
-
-    OXMObjectPtr scene(new OXMScene);
-    const auto cameras = array<OXMObjectLink>(
-        scene.get(), OXMRegisteredEnum("SceneCameraList", false, "oxwclassificationtool"));
-    ASSERT_EQ(cameras.size(), 1u);
-    const auto engines = array<OXMObjectLink>(cameras[0].getLink(), OXM::RaytracingEngineList);
-    ASSERT_EQ(engines.size(), 1u);
-    EXPECT_TRUE(engines[0].linkIsOfType("OXMOxm2RenderSettings"));
-    OXMObject* settings = engines[0].getLink();
-    EXPECT_TRUE(settings->setValue(OXM::RenderingMode, OXM::Maximum));
-    EXPECT_TRUE(settings->setValue(OXM::SamplingDistance, 0.5f));
-    EXPECT_TRUE(settings->setValue(OXMSceneNames::surfaceInverted(), OXM::True));
 }
 
 // Found the way the classification tool finds it: the link named in the tool's

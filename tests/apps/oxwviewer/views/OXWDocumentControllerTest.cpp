@@ -36,7 +36,6 @@ protected:
         window.show();
     }
     void TearDown() override { OXWFileDialog::clearTestAnswers(); }
-
     // An edit of the 16-bit volume's classification, as the tool makes it.
     void edit(std::vector<int> borders)
     {

@@ -94,7 +94,6 @@ TEST_F(SceneTree, ListsTheSceneAndClicksWriteBothSelectionLists)
     EXPECT_EQ(region[0].getLink(1), sample.volume16);
     EXPECT_EQ(region[0].getLink(-1), roi);
     EXPECT_EQ(region[0].getPathElement(-1).getPropertyID(), OXM::RegionOfInterestList);
-
     // Selection is view state: no undo step.
     EXPECT_EQ(app.undoStack()->count(), 0);
     EXPECT_FALSE(app.isUserActionOpen());
@@ -102,7 +101,6 @@ TEST_F(SceneTree, ListsTheSceneAndClicksWriteBothSelectionLists)
     ASSERT_EQ(int(objects.size()), 1);
     EXPECT_EQ(objects.at(0), sample.volume8);
     EXPECT_EQ(tree.getCurrentObject(), sample.volume8);
-
     // Ctrl-click the volume again: only the region stays, and it becomes the current object.
     QTest::mouseClick(tree.viewport(), Qt::LeftButton, Qt::ControlModifier,
                       tree.visualItemRect(volumeItem).center());
@@ -125,7 +123,6 @@ TEST_F(SceneTree, FollowsNamesNewVolumesAndRemovedObjects)
 
     ASSERT_NE(OXWSampleScene::build(&app, 4), nullptr);
     ASSERT_TRUE(waitFor([&] { return tree.topLevelItemCount() == 4; }));
-
     // The region goes: its item and its selection entry go.
     objects.clear();
     ASSERT_TRUE(setArray<OXMObjectLink>(sample.volume16, OXM::RegionOfInterestList, {}));
