@@ -122,6 +122,18 @@ TEST_F(OXWSpinBoxUndoTest, EachUserChangeIsOneUndoStepNamedAfterTheScope)
     ASSERT_TRUE(app.undoStack()->undo());
     EXPECT_FLOAT_EQ(material.transparency.getValue(), 0.12f);
     EXPECT_FLOAT_EQ(material.opacity.getValue(), 1.0f - 0.12f);
+    // Programmatic changes, and user changes without a scope name, open no action; a change to
+    // the same value sends nothing.
+    actionOpenInSlot.clear();
+    QSignalSpy spy(&box, &OXWSpinBox::valueChanged);
+    box.setValue(30);
+    box.setValue(30);
+    QTest::keyClick(box.lineEdit(), Qt::Key_Return);
+    EXPECT_EQ(spy.count(), 1);
+    box.setAutoUndoScope(QString());
+    QTest::mouseClick(box.upButton(), Qt::LeftButton);
+    EXPECT_EQ(actionOpenInSlot, (std::vector<bool>{false, false}));
+    EXPECT_EQ(app.undoStack()->count(), 5);
 }
 
 TEST_F(OXWSpinBoxUndoTest, HoldingAnArrowIsOneStep)
@@ -140,22 +152,7 @@ TEST_F(OXWSpinBoxUndoTest, HoldingAnArrowIsOneStep)
     EXPECT_EQ(material.transparency.getValue(), 0.0f);
 }
 
-// Programmatic changes, and user changes without a scope name, open no action; a change to
-// the same value sends nothing.
-TEST_F(OXWSpinBoxUndoTest, ProgrammaticChangesOpenNoAction)
-{
-    QSignalSpy spy(&box, &OXWSpinBox::valueChanged);
-    box.setValue(30);
-    box.setValue(30);
-    QTest::keyClick(box.lineEdit(), Qt::Key_Return);
-    EXPECT_EQ(spy.count(), 1);
-    box.setAutoUndoScope(QString());
-    QTest::mouseClick(box.upButton(), Qt::LeftButton);
-    EXPECT_EQ(actionOpenInSlot, (std::vector<bool>{false, false}));
-    EXPECT_EQ(app.undoStack()->count(), 0);
-}
-
-TEST(OXWSpinBox, ClampsRoundsAndShowsThePrecision)
+TEST(OXWSpinBox, ClampsRoundsShowsThePrecisionAndStepsWithoutLineEditing)
 {
     OXWSpinBox box(nullptr, "box");
     EXPECT_EQ(box.objectName(), QStringLiteral("box"));
@@ -172,6 +169,16 @@ TEST(OXWSpinBox, ClampsRoundsAndShowsThePrecision)
     box.setMaxValue(-8); // the minimum follows
     EXPECT_EQ(box.minValue(), -8.0);
     EXPECT_EQ(box.value(), -8.0);
+    // Without line editing the text is read-only; keys still step.
+    box.setRange(0, 10);
+    box.setLineEditMode(false);
+    box.show();
+    EXPECT_TRUE(box.lineEdit()->isReadOnly());
+    QTest::keyClicks(box.lineEdit(), QStringLiteral("9"));
+    QTest::keyClick(box.lineEdit(), Qt::Key_Return);
+    EXPECT_EQ(box.value(), 0.0);
+    QTest::keyClick(&box, Qt::Key_Up);
+    EXPECT_EQ(box.value(), 1.0);
 }
 
 // Automatic mode steps by the value's magnitude, but never below one shown unit nor the steps
@@ -218,21 +225,6 @@ TEST(OXWSpinBox, AutomaticModeStepsByTheMagnitudeButNeverBelowTheGivenSteps)
         box.pageBy(s.pages);
         EXPECT_DOUBLE_EQ(box.value(), s.to) << s.from << " +" << s.lines << " lines +" << s.pages;
     }
-}
-
-// Without line editing the text is read-only; keys still step.
-TEST(OXWSpinBox, WithoutLineEditingKeysStillStep)
-{
-    OXWSpinBox box;
-    box.setLineEditMode(false);
-    box.resize(100, 24);
-    box.show();
-    EXPECT_TRUE(box.lineEdit()->isReadOnly());
-    QTest::keyClicks(box.lineEdit(), QStringLiteral("9"));
-    QTest::keyClick(box.lineEdit(), Qt::Key_Return);
-    EXPECT_EQ(box.value(), 0.0);
-    QTest::keyClick(&box, Qt::Key_Up);
-    EXPECT_EQ(box.value(), 1.0);
 }
 
 // In a German locale, "2,5" and "3.5" are read and "3,5" shown; text that is no number
