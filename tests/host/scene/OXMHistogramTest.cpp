@@ -182,7 +182,7 @@ TEST(OXMHistogram, TwoWorkersCountAsOneAndAMaskCountsOnlyItsVoxels)
     EXPECT_TRUE(std::equal(two.counts.begin(), two.counts.end(), brute.begin() + two.first));
 }
 
-TEST(OXMHistogram, ARegionCountsOnlyItsVoxels)
+TEST(OXMHistogram, ARegionCountsOnlyItsVoxelsAndColourDataTheirFirstChannel)
 {
     const auto samples = randomSamples<std::uint16_t>(4096, 0, 999, 11);
     auto* grid = new OXMSampleGrid;
@@ -202,19 +202,16 @@ TEST(OXMHistogram, ARegionCountsOnlyItsVoxels)
     EXPECT_EQ(roi->getVolume(), v);
     ASSERT_TRUE(roi->execute(OXM::Init));
     expectCounts(roi->getHistogram(), brute);
-}
-
-TEST(OXMHistogram, ColourDataUseTheirFirstChannel)
-{
+    // Colour data use their first channel.
     std::vector<std::uint8_t> rgb(6 * 6 * 6 * 3);
-    Counts brute;
+    brute.clear();
     for (std::size_t i = 0; i < rgb.size(); ++i) {
         rgb[i] = std::uint8_t((i * 37) % 200);
         if (i % 3 == 0)
             ++brute[rgb[i]];
     }
-    OXMObjectPtr volume(row(OXM::Rgb8, rgb, 3));
-    auto* v = static_cast<OXMVolumeRenderObject*>(volume.get());
+    OXMObjectPtr colour(row(OXM::Rgb8, rgb, 3));
+    v = static_cast<OXMVolumeRenderObject*>(colour.get());
     EXPECT_EQ(v->getSampleGrid()->getDefaultChannel(), OXM::Red);
     EXPECT_EQ(v->getHistogram(OXM::Gray), nullptr);
     expectCounts(v->getHistogram(OXM::Red), brute);
