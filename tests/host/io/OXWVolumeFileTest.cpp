@@ -146,6 +146,11 @@ QString writeNrrd(const QDir& dir, const char* file, bool gzip, const char* deta
     return out.fileName();
 }
 
+Write nrrdFile(const char* file, bool gzip, const char* detached)
+{
+    return [=](const QDir& dir) { return writeNrrd(dir, file, gzip, detached); };
+}
+
 // One 2D TIFF file per slice, numbered so that a plain sort would misorder them.
 QString writeTiffSlices(const QDir& dir)
 {
@@ -231,12 +236,9 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"VtkImage", vtkFile<vtkXMLImageDataWriter>("v.vti", VTK_FLOAT), ramp, true},
         Case{"TiffPages", vtkFile<vtkTIFFWriter>("v.tif", VTK_UNSIGNED_CHAR), ramp, false},
         Case{"TiffSlices", writeTiffSlices, ramp, false, Order::PerSlice},
-        Case{"NrrdRaw", [](const QDir& d) { return writeNrrd(d, "v.nrrd", false, nullptr); }, ramp,
-             true},
-        Case{"NrrdGzip", [](const QDir& d) { return writeNrrd(d, "v.nrrd", true, nullptr); }, ramp,
-             true},
-        Case{"NrrdDetached", [](const QDir& d) { return writeNrrd(d, "v.nhdr", false, "v.raw"); },
-             ramp, true},
+        Case{"NrrdRaw", nrrdFile("v.nrrd", false, nullptr), ramp, true},
+        Case{"NrrdGzip", nrrdFile("v.nrrd", true, nullptr), ramp, true},
+        Case{"NrrdDetached", nrrdFile("v.nhdr", false, "v.raw"), ramp, true},
         Case{"DicomCT", [](const QDir& d) { return writeDicom(d, "ct", hounsfield); }, hounsfield,
              false, Order::Values}),
     [](const ::testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
@@ -253,12 +255,7 @@ TEST(VolumeFileRefusal, BadFilesAreRefusedWithTheirReason)
         return f.fileName();
     };
     dir.mkdir(QStringLiteral("empty"));
-    struct Bad
-    {
-        QString path;
-        const char* reason;
-    };
-    const Bad cases[] = {
+    const std::pair<QString, const char*> cases[] = {
         {file("text.nrrd", "hello, I am not a volume\n"), "not a NRRD file"},
         {file("short.mha", "NDims = 3\nDimSize = 100 100 100\nElementType = MET_SHORT\n"
                            "ElementDataFile = LOCAL\n0123456789"),
@@ -275,11 +272,11 @@ TEST(VolumeFileRefusal, BadFilesAreRefusedWithTheirReason)
         {dir.filePath(QStringLiteral("empty")), "without volume files"},
         {dir.filePath(QStringLiteral("missing.nrrd")), "no such file"},
     };
-    for (const Bad& b : cases) {
-        const OXWVolumeFile::Result r = OXWVolumeFile::read(b.path);
-        EXPECT_EQ(r.volume, nullptr) << b.path.toStdString();
-        EXPECT_TRUE(r.error.contains(QString::fromLatin1(b.reason))) << r.error.toStdString();
-        EXPECT_TRUE(r.error.contains(QFileInfo(b.path).fileName())) << r.error.toStdString();
+    for (const auto& [path, reason] : cases) {
+        const OXWVolumeFile::Result r = OXWVolumeFile::read(path);
+        EXPECT_EQ(r.volume, nullptr) << path.toStdString();
+        EXPECT_TRUE(r.error.contains(QString::fromLatin1(reason))) << r.error.toStdString();
+        EXPECT_TRUE(r.error.contains(QFileInfo(path).fileName())) << r.error.toStdString();
     }
 }
 
