@@ -1,6 +1,5 @@
-// The action that turns a grey-value interval of a volume or region into a new
-// region or volume, checked voxel by voxel against a brute-force count on the
-// 16-bit phantom.
+// The action that turns a grey-value interval of a volume or region into a new region or volume,
+// checked voxel by voxel against a brute-force count on the 16-bit phantom.
 
 #include "OXMAction.h"
 #include "OXMGreyvalueIntervalExtraction.h"
@@ -64,9 +63,8 @@ long long maskCount(const OXMObject* roi)
 
 } // namespace
 
-// The phantom's air, soft tissue and the top of its range: the first, a middle
-// and the last interval of a classification over it. Inside a region only its
-// voxels count.
+// The phantom's air, soft tissue and the top of its range: the first, a middle and the last
+// interval of a classification over it. Inside a region only its voxels count.
 TEST(OXMGreyvalueIntervalExtractor, ARegionHoldsExactlyTheVoxelsOfTheInterval)
 {
     Phantom f;
@@ -114,8 +112,7 @@ TEST(OXMGreyvalueIntervalExtractor, AVolumeIsCroppedToItsVoxelsWithTheBackground
     EXPECT_NE(v->getRenderPlugin(), nullptr);
 }
 
-// Nothing to extract, no parameters, another channel, no grid, or an abort
-// request: no object.
+// Nothing to extract, no parameters, another channel, no grid, or an abort request: no object.
 TEST(OXMGreyvalueIntervalExtractor, RefusesWhatItCannotExtractAndStopsOnAnAbortRequest)
 {
     Phantom f(128); // more than one chunk of voxels
@@ -140,8 +137,7 @@ TEST(OXMGreyvalueIntervalExtractor, RefusesWhatItCannotExtractAndStopsOnAnAbortR
     EXPECT_EQ(p.created, nullptr);
 }
 
-// Floating-point data are cut by the bins of their histogram; non-finite voxels
-// are in none.
+// Floating-point data are cut by the bins of their histogram; non-finite voxels are in none.
 TEST(OXMGreyvalueIntervalExtractor, FloatVoxelsAreCutByTheirHistogramBins)
 {
     const float nan = std::numeric_limits<float>::quiet_NaN();

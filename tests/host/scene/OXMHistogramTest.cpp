@@ -1,7 +1,6 @@
-// Histograms of volumes and regions against counts of their own: every integer
-// type with one bin per value, floating-point and wide data with bins spread
-// over their finite values; the calculation's threads, progress, abort and
-// check.
+// Histograms of volumes and regions against counts of their own: every integer type with one bin
+// per value, floating-point and wide data with bins spread over their finite values; the
+// calculation's threads, progress, abort and check.
 
 #include "OXMHistogram.h"
 #include "OXMAction.h"
@@ -48,8 +47,8 @@ OXMVolumeRenderObject* row(OXMenum type, const std::vector<T>& samples, int chan
     return OXMVolumeRenderObject::create(grid);
 }
 
-// The histogram's bins read through the generic array interface, as a client
-// does, without the empty ones; the first and last index in first and last.
+// The histogram's bins read through the generic array interface, as a client does, without the
+// empty ones; the first and last index in first and last.
 Counts readHistogram(const OXMObject* result, int& first, int& last)
 {
     Counts bins;
@@ -66,8 +65,7 @@ Counts readHistogram(const OXMObject* result, int& first, int& last)
     return bins;
 }
 
-// Calculates the histogram and compares it with the expected counts, which span
-// it.
+// Calculates the histogram and compares it with the expected counts, which span it.
 void expectCounts(OXMHistogram* h, const Counts& expected)
 {
     ASSERT_TRUE(h && h->execute(OXM::Calculate));
@@ -77,10 +75,9 @@ void expectCounts(OXMHistogram* h, const Counts& expected)
     EXPECT_EQ(last, expected.rbegin()->first);
 }
 
-// The histogram of a row of voxels against a count of its own: every finite
-// value in its bin (its own, or one of the evenly spread bins over the finite
-// values: 256 or binCount) and nothing else; "DataRange" from the smallest to
-// the largest finite value.
+// The histogram of a row of voxels against a count of its own: every finite value in its bin (its
+// own, or one of the evenly spread bins over the finite values: 256 or binCount) and nothing else;
+// "DataRange" from the smallest to the largest finite value.
 template <typename T>
 void expectExactCounts(OXMenum type, const std::vector<T>& samples, bool binPerValue,
                        int threads = 2, int binCount = 0)
@@ -217,8 +214,8 @@ TEST(OXMHistogram, ARegionCountsOnlyItsVoxelsAndColourDataTheirFirstChannel)
     expectCounts(v->getHistogram(OXM::Red), brute);
 }
 
-// The check answers whether the data changed since the last result (OXM::Running while it
-// runs); the progress rises to 1; an abort keeps the previous result.
+// The check answers whether the data changed since the last result (OXM::Running while it runs);
+// the progress rises to 1; an abort keeps the previous result.
 TEST(OXMHistogram, TheCheckFollowsTheDataAndAnAbortKeepsThePreviousResult)
 {
     const OXMVector3<int> dims(128, 128, 128); // two chunks per worker

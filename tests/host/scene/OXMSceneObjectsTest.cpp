@@ -1,6 +1,5 @@
-// The scene's objects: what a grid, a volume, its material and its renderer
-// derive from the voxels, and how they are linked, copied and created by class
-// name.
+// The scene's objects: what a grid, a volume, its material and its renderer derive from the voxels,
+// and how they are linked, copied and created by class name.
 
 #include "OXMMetaClass.h"
 #include "OXMObjectIOCPtr.h"
@@ -62,9 +61,8 @@ TEST(OXMSceneObjects, AGridHoldsItsVoxelsAndRefusesMismatchedBuffers)
     EXPECT_EQ(std::make_pair(first, last), std::make_pair(100, 149));
 }
 
-// A new volume's box follows the spacing; its material classifies the data's
-// range with one enabled interval and an opacity ramp over it; its histogram
-// reads the grey values.
+// A new volume's box follows the spacing; its material classifies the data's range with one enabled
+// interval and an opacity ramp over it; its histogram reads the grey values.
 TEST(OXMSceneObjects, ANewVolumeIsClassifiedOverItsDataRange)
 {
     OXMObjectPtr hold(OXMVolumeRenderObject::create(rampGrid(), "CT"));
@@ -122,9 +120,8 @@ TEST(OXMSceneObjects, ChannelsResolveReferencesAndMaterialCopiesRedirectThem)
     EXPECT_EQ(copy->getChannel(OXM::Opacity)->getParentLink().getOwner(), copy);
 }
 
-// Each renderer carries the settings of its class and no more: the camera ray
-// tracer keeps its shading and sampling distance in the camera's settings, the
-// others on themselves.
+// Each renderer carries the settings of its class and no more: the camera ray tracer keeps its
+// shading and sampling distance in the camera's settings, the others on themselves.
 TEST(OXMSceneObjects, RenderPluginsAreCreatedByClassNameWithTheirOwnSettings)
 {
     OXMSceneNames::registerSceneClasses();
@@ -152,8 +149,7 @@ TEST(OXMSceneObjects, RenderPluginsAreCreatedByClassNameWithTheirOwnSettings)
               OXMenum::find("ShadingModel", "oxwclassificationtool"));
 }
 
-// Found the way the classification tool finds it: the link named in the tool's
-// namespace.
+// Found the way the classification tool finds it: the link named in the tool's namespace.
 TEST(OXMSceneObjects, TheSceneLinksTheRightsOfTheOpenFileAndTheirChangesAreHeard)
 {
     OXMObjectPtr hold(new OXMScene);
