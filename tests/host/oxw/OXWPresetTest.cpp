@@ -197,6 +197,7 @@ TEST(OXWPresetHandler, TheRegistryAnswersTheLatestLivingHandlerOfAnIdentifier)
     const OXMenum id = testID("Shadowed");
     const OXMenum other = testID("Other");
     OXWPresetComboBox box(nullptr, "box", nullptr);
+    EXPECT_EQ(box.presetHandler(), nullptr);
     box.setProperty("handlerID", QStringLiteral("Shadowed"));
     EXPECT_EQ(box.presetHandler(), nullptr);
     auto first = std::make_unique<OXWPresetHandler>(id);
@@ -204,6 +205,7 @@ TEST(OXWPresetHandler, TheRegistryAnswersTheLatestLivingHandlerOfAnIdentifier)
     EXPECT_EQ(first->getHandlerID(), id);
     EXPECT_EQ(box.presetHandler(), first.get());
     EXPECT_EQ(OXWPresetHandler::getPresetHandler(other), &second);
+    EXPECT_TRUE(second.isOfType("OXWPresetHandler") && second.isOfType("OXMObject"));
     EXPECT_STREQ(second.getObjectID(0).getName(), "OXWPresetHandler");
     EXPECT_STREQ(second.getObjectID(1).getName(), "OXMObject");
     {

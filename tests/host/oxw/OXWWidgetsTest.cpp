@@ -21,6 +21,7 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <tuple>
 #include <vector>
 
 namespace {
@@ -169,6 +170,13 @@ TEST(OXWSpinBox, ClampsRoundsShowsThePrecisionAndStepsWithoutLineEditing)
     box.setMaxValue(-8); // the minimum follows
     EXPECT_EQ(box.minValue(), -8.0);
     EXPECT_EQ(box.value(), -8.0);
+    // Arrows beside each other, or stacked for a value that is no layout.
+    for (const auto& [layout, up, down] : {std::tuple(1, Qt::RightArrow, Qt::LeftArrow),
+                                           std::tuple(7, Qt::UpArrow, Qt::DownArrow)}) {
+        box.setArrowLayout(layout);
+        EXPECT_EQ(box.upButton()->arrowType(), up);
+        EXPECT_EQ(box.downButton()->arrowType(), down);
+    }
     // Without line editing the text is read-only; keys still step.
     box.setRange(0, 10);
     box.setLineEditMode(false);

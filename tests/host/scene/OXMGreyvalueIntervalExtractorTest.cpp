@@ -115,18 +115,19 @@ TEST(OXMGreyvalueIntervalExtractor, AVolumeIsCroppedToItsVoxelsWithTheBackground
 // Nothing to extract, no parameters, another channel, no grid, or an abort request: no object.
 TEST(OXMGreyvalueIntervalExtractor, RefusesWhatItCannotExtractAndStopsOnAnAbortRequest)
 {
-    Phantom f(128); // more than one chunk of voxels
+    Phantom small;
     Extraction p;
     p.interval = OXMInterval(60000, 65000);
     p.result = Extraction::Result::Volume;
-    EXPECT_FALSE(f.volume->execute(OXM::ExtractGreyvalueInterval, &p)); // no voxel in it
+    EXPECT_FALSE(small.volume->execute(OXM::ExtractGreyvalueInterval, &p)); // no voxel in it
     EXPECT_EQ(p.created, nullptr);
-    EXPECT_FALSE(f.volume->execute(OXM::ExtractGreyvalueInterval, nullptr));
+    EXPECT_FALSE(small.volume->execute(OXM::ExtractGreyvalueInterval, nullptr));
     p.channel = OXM::Red;
-    EXPECT_FALSE(f.volume->execute(OXM::ExtractGreyvalueInterval, &p));
+    EXPECT_FALSE(small.volume->execute(OXM::ExtractGreyvalueInterval, &p));
     OXMObjectPtr empty(new OXMVolumeRenderObject);
     p.channel = OXM::Gray;
     EXPECT_FALSE(empty->execute(OXM::ExtractGreyvalueInterval, &p));
+    Phantom f(128); // more than one chunk of voxels
 
     const auto previous = OXMTaskInfo::setProgressHandler(
         [](const OXMTaskInfo& task, float) { const_cast<OXMTaskInfo&>(task).requestAbort(); });

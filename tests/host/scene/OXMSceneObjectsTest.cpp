@@ -1,6 +1,7 @@
 // The scene's objects: what a grid, a volume, its material and its renderer derive from the voxels,
 // and how they are linked, copied and created by class name.
 
+#include "OXMCamera.h"
 #include "OXMMetaClass.h"
 #include "OXMObjectIOCPtr.h"
 #include "OXMObjectPtr.h"
@@ -137,6 +138,8 @@ TEST(OXMSceneObjects, RenderPluginsAreCreatedByClassNameWithTheirOwnSettings)
         EXPECT_TRUE(p->prepareRoles());
         EXPECT_STREQ(p->getMetaClass()->getClassName(), name);
         EXPECT_TRUE(p->isOfType("OXMRenderPlugin")) << name;
+        EXPECT_TRUE(p->isOfType(OXMRegisteredEnum(name))) << name;
+        EXPECT_FALSE(p->isOfType(OXMRegisteredEnum("OXMScene"))) << name;
         EXPECT_EQ(p->getProperty(OXMSceneNames::shadingModel()) != nullptr, shaded) << name;
         EXPECT_EQ(p->setValue(OXM::SamplingDistance, 0.25f), shaded) << name;
         OXMObjectRefPtr other(name);
@@ -147,6 +150,13 @@ TEST(OXMSceneObjects, RenderPluginsAreCreatedByClassNameWithTheirOwnSettings)
     }
     EXPECT_EQ(OXMSceneNames::shadingModel(),
               OXMenum::find("ShadingModel", "oxwclassificationtool"));
+    // The camera ray tracer's settings are the scene camera's engine.
+    OXMObjectPtr scene(new OXMScene);
+    const auto engines = OXMObject::arrayOf<OXMObjectLink>(
+        static_cast<OXMScene*>(scene.get())->getCamera(), OXM::RaytracingEngineList);
+    ASSERT_EQ(engines.size(), 1u);
+    EXPECT_TRUE(engines[0].linkIsOfType("OXMOxm2RenderSettings"));
+    EXPECT_FALSE(engines[0].linkIsOfType("OXMScene"));
 }
 
 // Found the way the classification tool finds it: the link named in the tool's namespace.
