@@ -84,8 +84,9 @@ TEST_F(OXWViewerWindowTest, TheEditMenuFollowsTheUndoStackAndItsKeys)
     expectMenu("Undo Cut && paste", "Redo");
 }
 
-// Errors of the host's channel, with a time stamp, until the window goes.
-TEST_F(OXWViewerWindowTest, TheLogPaneShowsTheErrorsOfTheHostChannel)
+// The errors of the host's channel and the plug-in loader's messages, with a time stamp, until
+// the window goes; the loader's plug-ins and the files it refused in the About text.
+TEST_F(OXWViewerWindowTest, TheLogPaneShowsTheHostsErrorsAndTheLoadersMessages)
 {
     OXWLogPane* pane = window->logPane();
     const int before = pane->lineCount();
@@ -98,14 +99,6 @@ TEST_F(OXWViewerWindowTest, TheLogPaneShowsTheErrorsOfTheHostChannel)
         << line.toStdString();
     EXPECT_TRUE(pane->textView()->toPlainText().contains("the value is out of range"));
 
-    OXWErrorCollector still; // keeps the channel from falling back to qWarning
-    window.reset();
-    OXMError::emitError(nullptr, OXM::GenericError, QStringLiteral("after the window"));
-    EXPECT_EQ(still.messages.size(), 1);
-}
-
-TEST_F(OXWViewerWindowTest, TheLogPaneShowsTheLoadersMessagesAndErrors)
-{
     OXWPluginLoader loader;
     loader.setDirectories({});
     window->attachPluginLoader(&loader);
@@ -128,4 +121,9 @@ TEST_F(OXWViewerWindowTest, TheLogPaneShowsTheLoadersMessagesAndErrors)
     EXPECT_TRUE(about.contains(QStringLiteral("Not loaded: Plug-in file '%1' is not a plug-in")
                                    .arg(OXW_TEST_NOT_A_PLUGIN)))
         << about.toStdString();
+
+    OXWErrorCollector still; // keeps the channel from falling back to qWarning
+    window.reset();
+    OXMError::emitError(nullptr, OXM::GenericError, QStringLiteral("after the window"));
+    EXPECT_EQ(still.messages.size(), 1);
 }

@@ -179,6 +179,19 @@ TEST_F(VolumeView, TheClassificationDecidesWhatShows)
     ASSERT_TRUE(
         setArray<OXMenum>(material(), OXM::IntervalModeList, {OXM::Enabled, OXM::Disabled}));
     EXPECT_EQ(frame(), background());
+    // The volume classifies the ball green; a region over the ball classifies it red: the ball
+    // shows red only, drawn with the region's classification instead of the volume's.
+    ASSERT_TRUE(setArray<OXMenum>(material(), OXM::IntervalModeList, {OXM::Enabled, OXM::Enabled}));
+    unlit();
+    colour(Zero, One, Zero);
+    EXPECT_GT(count(frame(), greenish), 160 * 160 / 20);
+    OXMSampleMaterial* region = addBallRegion();
+    curve(OXM::Opacity, One, region);
+    colour(One, Zero, Zero, region);
+    const QImage both = frame();
+    ASSERT_EQ(view.getRegionCount(), 1);
+    EXPECT_EQ(count(both, greenish), 0);
+    EXPECT_GT(count(both, reddish), 160 * 160 / 20);
 }
 
 // Lit by the material: a red ambient colour shows red, weighted by the intensities; a red
@@ -282,7 +295,7 @@ TEST_F(VolumeView, ASpikeOneGreyValueWideShowsInSixteenBitData)
 
 // Writes in one event-loop turn render once; inside a user action at interactive quality,
 // refined once the action is over. Its undo restores the picture exactly.
-TEST_F(VolumeView, ABurstOfWritesRendersOnceIsRefinedAfterwardsAndUndoes)
+TEST_F(VolumeView, ABurstOfWritesRendersOnceIsRefinedUndoesAndTheCameraIsFollowed)
 {
     show(ballInCube);
     const QImage before = frame();
@@ -303,42 +316,16 @@ TEST_F(VolumeView, ABurstOfWritesRendersOnceIsRefinedAfterwardsAndUndoes)
     EXPECT_NE(frame(), before);
     ASSERT_TRUE(app.undoStack()->undo());
     EXPECT_EQ(frame(), before);
-}
-
-// The view places a camera that has none around the volume, and follows the camera when it
-// changes elsewhere.
-TEST_F(VolumeView, FollowsTheScenesCamera)
-{
-    show(ballInCube);
-    curve(OXM::Opacity, {{100.0f, 0.2f}, {200.0f, 1.0f}});
+    // The view placed a camera around the volume, and follows it when it changes elsewhere.
     OXMObject* camera = scene->getCamera();
     OXMVector3<float> position, focal;
     ASSERT_TRUE(camera->getValue(OXMSceneNames::cameraPosition(), position));
     ASSERT_TRUE(camera->getValue(OXMSceneNames::cameraFocalPoint(), focal));
     EXPECT_FALSE(position == focal);
-    const QImage front = frame();
     ASSERT_TRUE(
         camera->setValue(OXMSceneNames::cameraPosition(),
                          OXMVector3<float>(position.x, position.y, position.z * 2.0f + 100.0f)));
-    ASSERT_TRUE(waitFor([&] { return !view.grabImage().isNull() && view.grabImage() != front; }));
-}
-
-// The volume classifies the ball green; a region over the ball classifies it red: the ball
-// shows red only, drawn with the region's classification instead of the volume's.
-TEST_F(VolumeView, ARegionsVoxelsShowWithTheRegionsClassification)
-{
-    show(ballInCube);
-    unlit();
-    opaqueBall();
-    colour(Zero, One, Zero);
-    EXPECT_GT(count(frame(), greenish), 160 * 160 / 20);
-    OXMSampleMaterial* region = addBallRegion();
-    curve(OXM::Opacity, One, region);
-    colour(One, Zero, Zero, region);
-    const QImage both = frame();
-    ASSERT_EQ(view.getRegionCount(), 1);
-    EXPECT_EQ(count(both, greenish), 0);
-    EXPECT_GT(count(both, reddish), 160 * 160 / 20);
+    ASSERT_TRUE(waitFor([&] { return !view.grabImage().isNull() && view.grabImage() != before; }));
 }
 
 // The placement moves the volume: its origin far aside takes it out of the picture; turned a

@@ -128,14 +128,14 @@ TEST(OXMGreyvalueIntervalExtractor, RefusesWhatItCannotExtractAndStopsOnAnAbortR
     p.channel = OXM::Gray;
     EXPECT_FALSE(empty->execute(OXM::ExtractGreyvalueInterval, &p));
     Phantom f(128); // more than one chunk of voxels
-
     const auto previous = OXMTaskInfo::setProgressHandler(
         [](const OXMTaskInfo& task, float) { const_cast<OXMTaskInfo&>(task).requestAbort(); });
-    p.interval = OXMInterval(0, 65535);
-    EXPECT_FALSE(f.volume->execute(OXM::ExtractGreyvalueInterval, &p));
+    Extraction all;
+    all.interval = OXMInterval(0, 65535);
+    EXPECT_FALSE(f.volume->execute(OXM::ExtractGreyvalueInterval, &all));
     OXMTaskInfo::setProgressHandler(previous);
     EXPECT_EQ(f.volume->getAction(OXM::ExtractGreyvalueInterval)->getErrorCode(), OXM::Abort);
-    EXPECT_EQ(p.created, nullptr);
+    EXPECT_EQ(all.created, nullptr);
 }
 
 // Floating-point data are cut by the bins of their histogram; non-finite voxels are in none.

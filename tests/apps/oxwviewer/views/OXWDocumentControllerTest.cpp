@@ -87,24 +87,9 @@ TEST_F(DocumentController, SavedAndOpenedAgainTheSceneComesBackUnmodified)
     EXPECT_FALSE(window.isWindowModified());
 }
 
-TEST_F(DocumentController, ClosingWithUnsavedChangesAsksAndCancelKeepsTheWindow)
-{
-    edit({100, 40000});
-    {
-        OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Cancel)};
-        EXPECT_FALSE(window.close());
-        EXPECT_TRUE(window.isVisible());
-        EXPECT_EQ(answers.pending(), 0u);
-    }
-    {
-        answerFileDialog(dir.filePath("kept.oxwscene"));
-        OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Save)};
-        EXPECT_TRUE(window.close());
-        EXPECT_TRUE(QFile::exists(dir.filePath("kept.oxwscene")));
-    }
-}
-
-TEST_F(DocumentController, ADocumentThatCannotBeOpenedLeavesTheSceneAndSaysWhy)
+// A document that cannot be opened leaves the scene and says why; closing with unsaved changes
+// asks: Cancel keeps the window, Save saves before it closes.
+TEST_F(DocumentController, UnsavedChangesAreKeptThroughAFailedOpenAndAskedForOnClosing)
 {
     const QString path = dir.filePath("broken.oxwscene");
     QFile file(path);
@@ -112,10 +97,22 @@ TEST_F(DocumentController, ADocumentThatCannotBeOpenedLeavesTheSceneAndSaysWhy)
     file.write("{\"format\": \"oxm-objects\"");
     file.close();
     edit({100, 40000});
-    OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Ok)};
-    EXPECT_FALSE(controller->open(path));
-    ASSERT_EQ(answers.texts.size(), 1);
-    EXPECT_TRUE(answers.texts[0].contains(path)) << answers.texts[0].toStdString();
+    {
+        OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Ok)};
+        EXPECT_FALSE(controller->open(path));
+        ASSERT_EQ(answers.texts.size(), 1);
+        EXPECT_TRUE(answers.texts[0].contains(path)) << answers.texts[0].toStdString();
+    }
     EXPECT_EQ(link(&app, OXM::Scene), sample.scene);
     EXPECT_TRUE(window.isWindowModified());
+    {
+        OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Cancel)};
+        EXPECT_FALSE(window.close());
+        EXPECT_TRUE(window.isVisible());
+        EXPECT_EQ(answers.pending(), 0u);
+    }
+    answerFileDialog(dir.filePath("kept.oxwscene"));
+    OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Save)};
+    EXPECT_TRUE(window.close());
+    EXPECT_TRUE(QFile::exists(dir.filePath("kept.oxwscene")));
 }
