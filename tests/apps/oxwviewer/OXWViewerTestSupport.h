@@ -2,51 +2,32 @@
 
 #include <OXMError.h>
 
-#include <QByteArray>
 #include <QFile>
-#include <QString>
+#include <QRegularExpression>
 #include <QStringList>
 #include <QTemporaryDir>
 
-#include <ostream>
-
-// Readable GoogleTest output for Qt strings.
-inline void PrintTo(const QString& s, std::ostream* os)
-{
-    *os << '"' << s.toStdString() << '"';
-}
-inline void PrintTo(const QStringList& list, std::ostream* os)
-{
-    *os << "{";
-    for (int i = 0; i < list.size(); ++i)
-        *os << (i ? ", \"" : "\"") << list[i].toStdString() << '"';
-    *os << "}";
-}
+#include <algorithm>
 
 // Collects the messages of the host's error channel while it lives.
 class OXWErrorCollector
 {
 public:
     OXWErrorCollector()
+        : mId(OXMError::addHandler(
+              [this](const OXMError::Message& m) { messages << m.toString(); }))
     {
-        mId =
-            OXMError::addHandler([this](const OXMError::Message& m) { messages << m.toString(); });
     }
     ~OXWErrorCollector() { OXMError::removeHandler(mId); }
     OXWErrorCollector(const OXWErrorCollector&) = delete;
     OXWErrorCollector& operator=(const OXWErrorCollector&) = delete;
-
-    // The messages that contain every one of the given texts.
-    QStringList matching(const QStringList& texts) const
+    // How many messages contain every one of the texts.
+    int matching(const QStringList& texts) const
     {
-        QStringList found;
-        for (const QString& m : messages) {
-            bool all = true;
-            for (const QString& t : texts)
-                all = all && m.contains(t);
-            if (all)
-                found << m;
-        }
+        int found = 0;
+        for (const QString& m : messages)
+            found += std::all_of(texts.begin(), texts.end(),
+                                 [&m](const QString& t) { return m.contains(t); });
         return found;
     }
 
@@ -60,36 +41,24 @@ private:
 class OXWPluginCallLog
 {
 public:
-    OXWPluginCallLog()
-    {
-        mPath = mDir.filePath(QStringLiteral("calls.log"));
-        qputenv("OXW_TEST_PLUGIN_LOG", mPath.toLocal8Bit());
-    }
+    OXWPluginCallLog() { qputenv("OXW_TEST_PLUGIN_LOG", path().toLocal8Bit()); }
     ~OXWPluginCallLog() { qunsetenv("OXW_TEST_PLUGIN_LOG"); }
     OXWPluginCallLog(const OXWPluginCallLog&) = delete;
     OXWPluginCallLog& operator=(const OXWPluginCallLog&) = delete;
 
-    QString path() const { return mPath; }
-
-    // The recorded lines, oldest first; with a plug-in name only that plug-in's lines.
-    QStringList lines(const QString& plugin = QString()) const
+    QString path() const { return mDir.filePath(QStringLiteral("calls.log")); }
+    // The recorded lines ("<plug-in> <event> window=<0|1>"), oldest first, of the plug-ins
+    // whose names start with prefix.
+    QStringList lines(const QString& prefix = QString()) const
     {
-        QFile f(mPath);
+        QFile f(path());
         if (!f.open(QIODevice::ReadOnly))
             return {};
-        QStringList all =
-            QString::fromUtf8(f.readAll()).split(QLatin1Char('\n'), Qt::SkipEmptyParts);
-        if (plugin.isEmpty())
-            return all;
-        QStringList mine;
-        for (const QString& l : all) {
-            if (l.startsWith(plugin + QLatin1Char(' ')))
-                mine << l;
-        }
-        return mine;
+        return QString::fromUtf8(f.readAll())
+            .split(QLatin1Char('\n'), Qt::SkipEmptyParts)
+            .filter(QRegularExpression(QLatin1Char('^') + prefix));
     }
 
 private:
     QTemporaryDir mDir;
-    QString mPath;
 };

@@ -28,6 +28,7 @@
 #include <algorithm>
 #include <cstring>
 #include <functional>
+#include <type_traits>
 
 namespace {
 
@@ -68,10 +69,12 @@ enum class Order
     Values
 };
 
+using Write = std::function<QString(const QDir&)>; // writes the file, returns the path to open
+
 struct Case
 {
     const char* name;
-    std::function<QString(const QDir&)> write; // writes the file, returns the path to open
+    Write write;
     double (*value)(int, int, int);
     bool keepsGeometry;
     Order order = Order::Exact;
@@ -90,17 +93,20 @@ std::vector<double> sortedValues(const std::function<double(int, int, int)>& val
     return v;
 }
 
+// A file written by a VTK writer of the ramp as the VTK type.
 template <typename Writer>
-QString writeWith(const QDir& dir, const char* file, int vtkType,
-                  const std::function<void(Writer*)>& configure = {})
+Write vtkFile(const char* file, int vtkType, [[maybe_unused]] bool compress = false)
 {
-    vtkNew<Writer> writer;
-    writer->SetInputData(volume(vtkType, ramp));
-    writer->SetFileName(QFile::encodeName(dir.filePath(QString::fromLatin1(file))).constData());
-    if (configure)
-        configure(writer);
-    writer->Write();
-    return dir.filePath(QString::fromLatin1(file));
+    return [=](const QDir& dir) {
+        vtkNew<Writer> writer;
+        writer->SetInputData(volume(vtkType, ramp));
+        const QString path = dir.filePath(QString::fromLatin1(file));
+        writer->SetFileName(QFile::encodeName(path).constData());
+        if constexpr (std::is_same<Writer, vtkMetaImageWriter>::value)
+            writer->SetCompression(compress);
+        writer->Write();
+        return path;
+    };
 }
 
 // NRRD by hand: a header, then the raw (or gzip) 16-bit voxels, in the file or detached.
@@ -138,6 +144,11 @@ QString writeNrrd(const QDir& dir, const char* file, bool gzip, const char* deta
         out.write(voxels);
     }
     return out.fileName();
+}
+
+Write nrrdFile(const char* file, bool gzip, const char* detached)
+{
+    return [=](const QDir& dir) { return writeNrrd(dir, file, gzip, detached); };
 }
 
 // One 2D TIFF file per slice, numbered so that a plain sort would misorder them.
@@ -217,36 +228,17 @@ TEST_P(VolumeFileRead, GivesTheVoxelsSpacingAndOrigin)
 INSTANTIATE_TEST_SUITE_P(
     Formats, VolumeFileRead,
     ::testing::Values(
-        Case{"MetaImage",
-             [](const QDir& d) {
-                 return writeWith<vtkMetaImageWriter>(d, "v.mha", VTK_UNSIGNED_SHORT);
-             },
+        Case{"MetaImage", vtkFile<vtkMetaImageWriter>("v.mha", VTK_UNSIGNED_SHORT), ramp, true},
+        Case{"MetaImageCompressedDetached", vtkFile<vtkMetaImageWriter>("v.mhd", VTK_SHORT, true),
              ramp, true},
-        Case{"MetaImageCompressedDetached",
-             [](const QDir& d) {
-                 return writeWith<vtkMetaImageWriter>(
-                     d, "v.mhd", VTK_SHORT, [](vtkMetaImageWriter* w) { w->SetCompression(true); });
-             },
-             ramp, true},
-        Case{"Nifti",
-             [](const QDir& d) { return writeWith<vtkNIFTIImageWriter>(d, "v.nii", VTK_SHORT); },
-             ramp, false},
-        Case{"NiftiGzip",
-             [](const QDir& d) { return writeWith<vtkNIFTIImageWriter>(d, "v.nii.gz", VTK_INT); },
-             ramp, false},
-        Case{"VtkImage",
-             [](const QDir& d) { return writeWith<vtkXMLImageDataWriter>(d, "v.vti", VTK_FLOAT); },
-             ramp, true},
-        Case{"TiffPages",
-             [](const QDir& d) { return writeWith<vtkTIFFWriter>(d, "v.tif", VTK_UNSIGNED_CHAR); },
-             ramp, false},
+        Case{"Nifti", vtkFile<vtkNIFTIImageWriter>("v.nii", VTK_SHORT), ramp, false},
+        Case{"NiftiGzip", vtkFile<vtkNIFTIImageWriter>("v.nii.gz", VTK_INT), ramp, false},
+        Case{"VtkImage", vtkFile<vtkXMLImageDataWriter>("v.vti", VTK_FLOAT), ramp, true},
+        Case{"TiffPages", vtkFile<vtkTIFFWriter>("v.tif", VTK_UNSIGNED_CHAR), ramp, false},
         Case{"TiffSlices", writeTiffSlices, ramp, false, Order::PerSlice},
-        Case{"NrrdRaw", [](const QDir& d) { return writeNrrd(d, "v.nrrd", false, nullptr); }, ramp,
-             true},
-        Case{"NrrdGzip", [](const QDir& d) { return writeNrrd(d, "v.nrrd", true, nullptr); }, ramp,
-             true},
-        Case{"NrrdDetached", [](const QDir& d) { return writeNrrd(d, "v.nhdr", false, "v.raw"); },
-             ramp, true},
+        Case{"NrrdRaw", nrrdFile("v.nrrd", false, nullptr), ramp, true},
+        Case{"NrrdGzip", nrrdFile("v.nrrd", true, nullptr), ramp, true},
+        Case{"NrrdDetached", nrrdFile("v.nhdr", false, "v.raw"), ramp, true},
         Case{"DicomCT", [](const QDir& d) { return writeDicom(d, "ct", hounsfield); }, hounsfield,
              false, Order::Values}),
     [](const ::testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
@@ -263,12 +255,7 @@ TEST(VolumeFileRefusal, BadFilesAreRefusedWithTheirReason)
         return f.fileName();
     };
     dir.mkdir(QStringLiteral("empty"));
-    struct Bad
-    {
-        QString path;
-        const char* reason;
-    };
-    const Bad cases[] = {
+    const std::pair<QString, const char*> cases[] = {
         {file("text.nrrd", "hello, I am not a volume\n"), "not a NRRD file"},
         {file("short.mha", "NDims = 3\nDimSize = 100 100 100\nElementType = MET_SHORT\n"
                            "ElementDataFile = LOCAL\n0123456789"),
@@ -285,11 +272,11 @@ TEST(VolumeFileRefusal, BadFilesAreRefusedWithTheirReason)
         {dir.filePath(QStringLiteral("empty")), "without volume files"},
         {dir.filePath(QStringLiteral("missing.nrrd")), "no such file"},
     };
-    for (const Bad& b : cases) {
-        const OXWVolumeFile::Result r = OXWVolumeFile::read(b.path);
-        EXPECT_EQ(r.volume, nullptr) << b.path.toStdString();
-        EXPECT_TRUE(r.error.contains(QString::fromLatin1(b.reason))) << r.error.toStdString();
-        EXPECT_TRUE(r.error.contains(QFileInfo(b.path).fileName())) << r.error.toStdString();
+    for (const auto& [path, reason] : cases) {
+        const OXWVolumeFile::Result r = OXWVolumeFile::read(path);
+        EXPECT_EQ(r.volume, nullptr) << path.toStdString();
+        EXPECT_TRUE(r.error.contains(QString::fromLatin1(reason))) << r.error.toStdString();
+        EXPECT_TRUE(r.error.contains(QFileInfo(path).fileName())) << r.error.toStdString();
     }
 }
 

@@ -34,8 +34,8 @@ protected:
         ASSERT_TRUE(files.isValid());
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
         OXWFileDialog::clearTestAnswers();
-        ASSERT_TRUE(QDir(files.path()).mkpath(QStringLiteral("one")));
-        ASSERT_TRUE(QDir(files.path()).mkpath(QStringLiteral("two")));
+        ASSERT_TRUE(QDir(files.path()).mkpath("one"));
+        ASSERT_TRUE(QDir(files.path()).mkpath("two"));
     }
     void TearDown() override { OXWFileDialog::clearTestAnswers(); }
 
@@ -46,162 +46,124 @@ protected:
 };
 } // namespace
 
-TEST_F(OXWFileDialogTest, ASaveAnswerGivesTheFileAndTheFilter)
+// Queued answers are taken one per call, in order: a file with its filter, with the filter's
+// suffix added unless it has one or that is not wanted, or a cancel (an empty name; the filter
+// and the remembered directory stay).
+TEST_F(OXWFileDialogTest, AnswersAreTakenInOrderAndASaveNameGetsTheFiltersSuffix)
 {
-    OXWFileDialog::queueTestAnswer({path(QStringLiteral("one/h.csv")), CsvFilter});
-    QString filter;
-    const QString name = OXWFileDialog::getSaveFileName(
-        OXM::Scene, path(QStringLiteral("two")), {TextFilter, CsvFilter}, nullptr, "saveDialog",
-        QStringLiteral("Save csv as..."), &filter, true, true);
-    EXPECT_EQ(name, path(QStringLiteral("one/h.csv")));
-    EXPECT_EQ(filter, CsvFilter);
+    const struct
+    {
+        const char* answer; // empty: cancel
+        bool appendSuffix;
+        const char* expected;
+    } cases[] = {{"one/h.csv", true, "one/h.csv"},
+                 {"one/plain", true, "one/plain.csv"},
+                 {"one/plain", false, "one/plain"},
+                 {"one/x.dat", true, "one/x.dat"},
+                 {"", true, ""}};
+    for (const auto& c : cases)
+        OXWFileDialog::queueTestAnswer({*c.answer ? path(c.answer) : QString(), CsvFilter});
+    EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 5);
+    for (const auto& c : cases) {
+        QString filter = QStringLiteral("unchanged");
+        EXPECT_EQ(OXWFileDialog::getSaveFileName(OXM::Scene, path("two"), {TextFilter, CsvFilter},
+                                                 nullptr, "saveDialog", "Save csv as...", &filter,
+                                                 true, c.appendSuffix),
+                  *c.expected ? path(c.expected) : QString())
+            << c.answer;
+        EXPECT_EQ(filter, *c.answer ? CsvFilter : QString("unchanged")) << c.answer;
+    }
     EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 0);
+    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Scene), path("one"));
     const OXWFileDialog::Request r = OXWFileDialog::lastRequest();
     EXPECT_EQ(r.identity, OXM::Scene);
     EXPECT_TRUE(r.save);
-    EXPECT_EQ(r.startDirectory, path(QStringLiteral("two"))); // nothing remembered yet
     EXPECT_EQ(r.filters, (QStringList{TextFilter, CsvFilter}));
     EXPECT_EQ(r.caption, QStringLiteral("Save csv as..."));
     EXPECT_EQ(r.objectName, QStringLiteral("saveDialog"));
 }
 
-TEST_F(OXWFileDialogTest, CancelGivesAnEmptyNameAndKeepsFilterAndDirectory)
-{
-    OXWFileDialog::queueTestAnswer({QString(), QString()});
-    QString filter = QStringLiteral("unchanged");
-    EXPECT_TRUE(OXWFileDialog::getSaveFileName(OXM::Scene, path(QStringLiteral("two")), {CsvFilter},
-                                               nullptr, nullptr, QString(), &filter, true, true)
-                    .isEmpty());
-    EXPECT_EQ(filter, QStringLiteral("unchanged"));
-    EXPECT_TRUE(OXWFileDialog::lastDirectory(OXM::Scene).isEmpty());
-}
-
+// Per identity, in the settings file (so a later run finds it); a remembered directory that
+// no longer exists is ignored.
 TEST_F(OXWFileDialogTest, TheLastDirectoryIsRememberedPerIdentityInTheSettings)
 {
-    OXWFileDialog::queueTestAnswer({path(QStringLiteral("one/a.csv")), QString()});
-    OXWFileDialog::queueTestAnswer({path(QStringLiteral("one/b.csv")), QString()});
-    OXWFileDialog::queueTestAnswer({path(QStringLiteral("two/c.txt")), QString()});
     const QString start = files.path();
-
-    OXWFileDialog::getSaveFileName(OXM::Scene, start, {CsvFilter});
-    EXPECT_EQ(OXWFileDialog::lastRequest().startDirectory, start);
-    OXWFileDialog::getSaveFileName(OXM::Scene, start, {CsvFilter});
-    EXPECT_EQ(OXWFileDialog::lastRequest().startDirectory, path(QStringLiteral("one")));
-    // Another identity has its own memory.
-    OXWFileDialog::getSaveFileName(OXM::Preset, start, {CsvFilter});
-    EXPECT_EQ(OXWFileDialog::lastRequest().startDirectory, start);
-    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Scene), path(QStringLiteral("one")));
-    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Preset), path(QStringLiteral("two")));
-
-    // Stored in the settings file, so a later run finds it.
-    QSettings stored(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("oxw"),
-                     QStringLiteral("oxwfiledialogs"));
+    const auto startOf = [&](OXMenum identity, const QString& answer) {
+        OXWFileDialog::queueTestAnswer({answer, QString()});
+        OXWFileDialog::getSaveFileName(identity, start, {CsvFilter});
+        return OXWFileDialog::lastRequest().startDirectory;
+    };
+    EXPECT_EQ(startOf(OXM::Scene, path("one/a.csv")), start);
+    EXPECT_EQ(startOf(OXM::Scene, path("one/b.csv")), path("one"));
+    EXPECT_EQ(startOf(OXM::Preset, path("two/c.txt")), start);
+    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Scene), path("one"));
+    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Preset), path("two"));
+    QSettings stored(QSettings::IniFormat, QSettings::UserScope, "oxw", "oxwfiledialogs");
     EXPECT_TRUE(stored.fileName().startsWith(settingsDir.path()));
-    EXPECT_EQ(stored.value(QStringLiteral("LastDirectory/OXM_Scene")).toString(),
-              path(QStringLiteral("one")));
-
-    // A remembered directory that no longer exists is ignored.
-    ASSERT_TRUE(QDir(path(QStringLiteral("one"))).removeRecursively());
-    OXWFileDialog::queueTestAnswer({QString(), QString()});
-    OXWFileDialog::getOpenFileName(OXM::Scene, start, {CsvFilter});
-    EXPECT_EQ(OXWFileDialog::lastRequest().startDirectory, start);
-    EXPECT_FALSE(OXWFileDialog::lastRequest().save);
+    EXPECT_EQ(stored.value("LastDirectory/OXM_Scene").toString(), path("one"));
+    ASSERT_TRUE(QDir(path("one")).removeRecursively());
+    EXPECT_EQ(startOf(OXM::Scene, QString()), start);
 }
 
-TEST_F(OXWFileDialogTest, SaveAppendsTheFilterSuffixToANameWithout)
-{
-    OXWFileDialog::queueTestAnswer({path(QStringLiteral("one/plain")), CsvFilter});
-    OXWFileDialog::queueTestAnswer({path(QStringLiteral("one/plain")), CsvFilter});
-    OXWFileDialog::queueTestAnswer({path(QStringLiteral("one/x.dat")), CsvFilter});
-    EXPECT_EQ(OXWFileDialog::getSaveFileName(OXM::Scene, files.path(), {CsvFilter}, nullptr,
-                                             nullptr, QString(), nullptr, true, true),
-              path(QStringLiteral("one/plain.csv")));
-    EXPECT_EQ(OXWFileDialog::getSaveFileName(OXM::Scene, files.path(), {CsvFilter}, nullptr,
-                                             nullptr, QString(), nullptr, true, false),
-              path(QStringLiteral("one/plain")));
-    EXPECT_EQ(OXWFileDialog::getSaveFileName(OXM::Scene, files.path(), {CsvFilter}),
-              path(QStringLiteral("one/x.dat")));
-}
-
+// An open answer without a filter keeps the preselected one; a preselection that is none of
+// the filters gives the first.
 TEST_F(OXWFileDialogTest, OpenAnswersAndThePreselectedFilter)
 {
-    QFile f(path(QStringLiteral("two/colors.txt")));
+    QFile f(path("two/colors.txt"));
     ASSERT_TRUE(f.open(QIODevice::WriteOnly));
     f.close();
-    OXWFileDialog::queueTestAnswer({f.fileName(), QString()}); // no filter chosen
-    QString filter = TextFilter;                               // preselected
-    EXPECT_EQ(OXWFileDialog::getOpenFileName(OXM::Preset, files.path(), {CsvFilter, TextFilter},
-                                             nullptr, nullptr, QStringLiteral("Import"), &filter,
-                                             true),
-              f.fileName());
-    EXPECT_EQ(filter, TextFilter);
-    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Preset), path(QStringLiteral("two")));
-
-    OXWFileDialog::queueTestAnswer({f.fileName(), QString()});
-    filter = QStringLiteral("not one of them");
-    OXWFileDialog::getOpenFileName(OXM::Preset, files.path(), {CsvFilter, TextFilter}, nullptr,
-                                   nullptr, QString(), &filter);
-    EXPECT_EQ(filter, CsvFilter); // the first one
-}
-
-TEST_F(OXWFileDialogTest, AnswersAreTakenInOrder)
-{
-    OXWFileDialog::queueTestAnswer({path(QStringLiteral("one/1.csv")), QString()});
-    OXWFileDialog::queueTestAnswer({QString(), QString()});
-    OXWFileDialog::queueTestAnswer({path(QStringLiteral("one/3.csv")), QString()});
-    EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 3);
-    EXPECT_EQ(OXWFileDialog::getSaveFileName(OXM::Scene, files.path(), {CsvFilter}),
-              path(QStringLiteral("one/1.csv")));
-    EXPECT_EQ(OXWFileDialog::getSaveFileName(OXM::Scene, files.path(), {CsvFilter}), QString());
-    EXPECT_EQ(OXWFileDialog::getSaveFileName(OXM::Scene, files.path(), {CsvFilter}),
-              path(QStringLiteral("one/3.csv")));
-    EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 0);
+    for (const QString& preselected : {TextFilter, QStringLiteral("not one of them")}) {
+        OXWFileDialog::queueTestAnswer({f.fileName(), QString()});
+        QString filter = preselected;
+        EXPECT_EQ(OXWFileDialog::getOpenFileName(OXM::Preset, files.path(), {CsvFilter, TextFilter},
+                                                 nullptr, nullptr, "Import", &filter, true),
+                  f.fileName());
+        EXPECT_EQ(filter, preselected == TextFilter ? TextFilter : CsvFilter);
+        EXPECT_FALSE(OXWFileDialog::lastRequest().save);
+    }
+    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Preset), path("two"));
 }
 
 TEST_F(OXWFileDialogTest, WithoutAnswersARealDialogIsShownInTheRememberedDirectory)
 {
-    OXWFileDialog::setLastDirectory(OXM::Scene, path(QStringLiteral("one")));
-    QString seenObjectName;
-    QString seenDirectory;
-    QStringList seenFilters;
-    QString seenCaption;
-    QString seenFilter;
-    bool seenSaveMode = false;
+    OXWFileDialog::setLastDirectory(OXM::Scene, path("one"));
+    struct Seen
+    {
+        QString objectName, directory, caption, filter;
+        QStringList filters;
+        bool save = false;
+    } seen;
     int shown = 0;
     // Looks at the dialog once it is open, then cancels it.
     QTimer poll;
     poll.setInterval(10);
     QObject::connect(&poll, &QTimer::timeout, [&] {
-        QFileDialog* dialog = openFileDialog();
-        if (!dialog)
-            return;
-        ++shown;
-        seenObjectName = dialog->objectName();
-        seenDirectory = dialog->directory().absolutePath();
-        seenFilters = dialog->nameFilters();
-        seenFilter = dialog->selectedNameFilter();
-        seenCaption = dialog->windowTitle();
-        seenSaveMode = dialog->acceptMode() == QFileDialog::AcceptSave;
-        dialog->reject();
+        if (QFileDialog* dialog = openFileDialog()) {
+            ++shown;
+            seen = {dialog->objectName(),  dialog->directory().absolutePath(),
+                    dialog->windowTitle(), dialog->selectedNameFilter(),
+                    dialog->nameFilters(), dialog->acceptMode() == QFileDialog::AcceptSave};
+            dialog->reject();
+        }
     });
     poll.start();
     QString filter = TextFilter;
-    const QString name = OXWFileDialog::getSaveFileName(
-        OXM::Scene, files.path(), {CsvFilter, TextFilter}, nullptr, "exportDialog",
-        QStringLiteral("Save csv as..."), &filter, true, true);
-    EXPECT_TRUE(name.isEmpty());
+    EXPECT_TRUE(OXWFileDialog::getSaveFileName(OXM::Scene, files.path(), {CsvFilter, TextFilter},
+                                               nullptr, "exportDialog", "Save csv as...", &filter,
+                                               true, true)
+                    .isEmpty());
     EXPECT_EQ(shown, 1);
-    EXPECT_EQ(seenObjectName, QStringLiteral("exportDialog"));
-    EXPECT_EQ(seenDirectory, path(QStringLiteral("one")));
-    EXPECT_EQ(seenFilters, (QStringList{CsvFilter, TextFilter}));
-    EXPECT_EQ(seenFilter, TextFilter); // preselected
-    EXPECT_EQ(seenCaption, QStringLiteral("Save csv as..."));
-    EXPECT_TRUE(seenSaveMode);
+    EXPECT_EQ(seen.objectName, QStringLiteral("exportDialog"));
+    EXPECT_EQ(seen.directory, path("one"));
+    EXPECT_EQ(seen.filters, (QStringList{CsvFilter, TextFilter}));
+    EXPECT_EQ(seen.filter, TextFilter); // preselected
+    EXPECT_EQ(seen.caption, QStringLiteral("Save csv as..."));
+    EXPECT_TRUE(seen.save);
     EXPECT_EQ(filter, TextFilter);
-    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Scene), path(QStringLiteral("one")));
+    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Scene), path("one"));
 
     EXPECT_TRUE(OXWFileDialog::getOpenFileName(OXM::Preset, files.path(), {CsvFilter}).isEmpty());
     EXPECT_EQ(shown, 2);
-    EXPECT_FALSE(seenSaveMode);
-    EXPECT_EQ(seenDirectory, files.path());
+    EXPECT_FALSE(seen.save);
+    EXPECT_EQ(seen.directory, files.path());
 }

@@ -1,64 +1,60 @@
+// The main window: the instance, the docked tools, and the progress of running actions in its
+// status bar.
+
 #include "OXWMainWindow.h"
 #include "OXWDockWindow.h"
+#include "OXWTaskProgress.h"
+
+#include <OXMAction.h>
+#include <OXMObject.h>
 
 #include <QCoreApplication>
 #include <QLabel>
 #include <QPointer>
+#include <QProgressBar>
 #include <QStatusBar>
+#include <QTest>
+#include <QToolButton>
 
 #include <gtest/gtest.h>
-
-#include <memory>
-
-TEST(OXWMainWindow, TheFirstWindowIsTheInstanceForItsLifetime)
-{
-    EXPECT_EQ(OXWMainWindow::getInstance(), nullptr);
-    {
-        OXWMainWindow window;
-        EXPECT_EQ(OXWMainWindow::getInstance(), &window);
-        {
-            OXWMainWindow second;
-            EXPECT_EQ(OXWMainWindow::getInstance(), &window);
-        }
-        EXPECT_EQ(OXWMainWindow::getInstance(), &window);
-        ASSERT_NE(window.statusBar(), nullptr);
-    }
-    EXPECT_EQ(OXWMainWindow::getInstance(), nullptr);
-}
 
 TEST(OXWMainWindow, CreateToolDocksTheWidgetOnTheEdgesItsOrientationAllows)
 {
     OXWMainWindow window;
-    auto tool = std::make_unique<QLabel>(QStringLiteral("tool"));
-    tool->setObjectName(QStringLiteral("VolumeRenderingTool"));
-    tool->setWindowTitle(QStringLiteral("Volume Rendering"));
-
     EXPECT_EQ(window.createTool(nullptr, OXWDockWindow::Vertical), nullptr);
-    OXWDockWindow* dock = window.createTool(tool.get(), OXWDockWindow::AllowedOrientation(1));
-    ASSERT_NE(dock, nullptr);
-    EXPECT_EQ(dock->widget(), tool.get());
-    EXPECT_EQ(dock->parent(), &window);
-    EXPECT_EQ(dock->objectName(), QStringLiteral("VolumeRenderingToolDock"));
-    EXPECT_EQ(dock->windowTitle(), QStringLiteral("Volume Rendering"));
-    EXPECT_EQ(dock->allowedOrientation(), OXWDockWindow::Vertical);
-    EXPECT_EQ(dock->allowedAreas(), Qt::LeftDockWidgetArea | Qt::RightDockWidgetArea);
-    EXPECT_EQ(window.dockWidgetArea(dock), Qt::RightDockWidgetArea);
-    EXPECT_EQ(window.toolDock(tool.get()), dock);
-    EXPECT_EQ(window.toolCount(), 1);
-    // Docking again keeps the dock.
-    EXPECT_EQ(window.createTool(tool.get(), OXWDockWindow::Horizontal), dock);
-    EXPECT_EQ(window.toolCount(), 1);
-
-    QLabel wide(QStringLiteral("wide"));
-    OXWDockWindow* bottom = window.createTool(&wide, OXWDockWindow::Horizontal);
-    ASSERT_NE(bottom, nullptr);
-    EXPECT_EQ(window.dockWidgetArea(bottom), Qt::BottomDockWidgetArea);
-    EXPECT_EQ(bottom->allowedAreas(), Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea);
-    EXPECT_TRUE(window.destructTool(&wide));
-
-    OXWDockWindow* any = window.createTool(new QLabel, OXWDockWindow::Both);
-    ASSERT_NE(any, nullptr);
-    EXPECT_EQ(any->allowedAreas(), Qt::AllDockWidgetAreas);
+    const struct
+    {
+        const char* title; // empty: the dock takes the object name
+        OXWDockWindow::AllowedOrientation orientation;
+        Qt::DockWidgetAreas allowed;
+        Qt::DockWidgetArea area;
+    } cases[] = {
+        {"Volume Rendering", OXWDockWindow::AllowedOrientation(1),
+         Qt::LeftDockWidgetArea | Qt::RightDockWidgetArea, Qt::RightDockWidgetArea},
+        {"", OXWDockWindow::Horizontal, Qt::TopDockWidgetArea | Qt::BottomDockWidgetArea,
+         Qt::BottomDockWidgetArea},
+        {"Any", OXWDockWindow::Both, Qt::AllDockWidgetAreas, Qt::RightDockWidgetArea},
+    };
+    int count = 0;
+    for (const auto& c : cases) {
+        auto* tool = new QLabel(&window);
+        tool->setObjectName(QStringLiteral("Tool%1").arg(count));
+        tool->setWindowTitle(QString::fromLatin1(c.title));
+        OXWDockWindow* dock = window.createTool(tool, c.orientation);
+        ASSERT_NE(dock, nullptr);
+        EXPECT_EQ(dock->widget(), tool);
+        EXPECT_EQ(dock->parent(), &window);
+        EXPECT_EQ(dock->objectName(), tool->objectName() + "Dock");
+        EXPECT_EQ(dock->windowTitle(), *c.title ? QString(c.title) : tool->objectName());
+        EXPECT_EQ(dock->allowedOrientation(), c.orientation);
+        EXPECT_EQ(dock->allowedAreas(), c.allowed);
+        EXPECT_EQ(window.dockWidgetArea(dock), c.area);
+        EXPECT_EQ(window.toolDock(tool), dock);
+        EXPECT_EQ(window.toolCount(), ++count);
+        // Docking again keeps the dock.
+        EXPECT_EQ(window.createTool(tool, OXWDockWindow::Horizontal), dock);
+        EXPECT_EQ(window.toolCount(), count);
+    }
 }
 
 TEST(OXWMainWindow, DestructToolUndocksButLeavesTheWidgetToTheCaller)
@@ -68,7 +64,6 @@ TEST(OXWMainWindow, DestructToolUndocksButLeavesTheWidgetToTheCaller)
     QPointer<QLabel> guard(tool);
     QPointer<OXWDockWindow> dock = window.createTool(tool, OXWDockWindow::Vertical);
     ASSERT_TRUE(dock);
-
     EXPECT_TRUE(window.destructTool(tool));
     EXPECT_TRUE(guard); // not deleted
     EXPECT_EQ(tool->parent(), nullptr);
@@ -78,32 +73,134 @@ TEST(OXWMainWindow, DestructToolUndocksButLeavesTheWidgetToTheCaller)
     EXPECT_EQ(window.toolCount(), 0);
     EXPECT_FALSE(window.destructTool(tool)); // not a tool any more
     EXPECT_FALSE(window.destructTool(nullptr));
-
     // It can be docked again, and the caller deletes it.
     EXPECT_NE(window.createTool(tool, OXWDockWindow::Vertical), nullptr);
     EXPECT_TRUE(window.destructTool(tool));
     delete tool;
 }
 
-TEST(OXWMainWindow, AToolDeletedWhileDockedTakesItsDockWithIt)
+// The first window is the instance for its lifetime; a tool deleted while docked takes its
+// dock along; docked tools go with the window.
+TEST(OXWMainWindow, TheFirstWindowIsTheInstanceAndItsToolsGoWithIt)
 {
-    OXWMainWindow window;
-    auto* tool = new QLabel;
-    QPointer<OXWDockWindow> dock = window.createTool(tool, OXWDockWindow::Vertical);
-    ASSERT_TRUE(dock);
-    delete tool;
-    EXPECT_EQ(window.toolCount(), 0);
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    EXPECT_FALSE(dock);
-}
-
-TEST(OXWMainWindow, DockedToolsGoWithTheWindow)
-{
-    QPointer<QLabel> guard;
+    EXPECT_EQ(OXWMainWindow::getInstance(), nullptr);
+    QPointer<QLabel> kept;
     {
         OXWMainWindow window;
-        guard = new QLabel;
-        window.createTool(guard, OXWDockWindow::Vertical);
+        {
+            OXWMainWindow second;
+            EXPECT_EQ(OXWMainWindow::getInstance(), &window);
+        }
+        EXPECT_EQ(OXWMainWindow::getInstance(), &window);
+        auto* tool = new QLabel;
+        QPointer<OXWDockWindow> dock = window.createTool(tool, OXWDockWindow::Vertical);
+        ASSERT_TRUE(dock);
+        delete tool;
+        EXPECT_EQ(window.toolCount(), 0);
+        QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+        EXPECT_FALSE(dock);
+        kept = new QLabel;
+        window.createTool(kept, OXWDockWindow::Vertical);
     }
-    EXPECT_FALSE(guard);
+    EXPECT_FALSE(kept);
+    EXPECT_EQ(OXWMainWindow::getInstance(), nullptr);
+}
+
+TEST(OXWTaskProgress, BeginAndEndNestAndRestoreTheHandler)
+{
+    int outside = 0;
+    auto previous = OXMTaskInfo::setProgressHandler([&](const OXMTaskInfo&, float) { ++outside; });
+    OXWTaskProgress::beginStatusBarCallback();
+    OXWTaskProgress::beginStatusBarCallback();
+    EXPECT_EQ(OXWTaskProgress::callbackDepth(), 2);
+    EXPECT_EQ(OXWTaskProgress::progressBar(), nullptr); // no main window
+    OXMTaskInfo task;
+    task.setProgress(0.25f);
+    EXPECT_FLOAT_EQ(OXWTaskProgress::lastProgress(), 0.25f);
+    OXWTaskProgress::endStatusBarCallback();
+    task.setProgress(0.5f);
+    EXPECT_EQ(outside, 0);
+    OXWTaskProgress::endStatusBarCallback();
+    OXWTaskProgress::endStatusBarCallback(); // unmatched: ignored
+    EXPECT_EQ(OXWTaskProgress::callbackDepth(), 0);
+    task.setProgress(0.75f);
+    EXPECT_EQ(outside, 1);
+    OXMTaskInfo::setProgressHandler(previous);
+}
+
+TEST(OXWTaskProgress, TheStatusBarShowsProgressAndCancelAbortsTheAction)
+{
+    OXWMainWindow window;
+    window.resize(400, 300);
+    window.show();
+    OXMObject histogram;
+    int barValue = -1;
+    bool barInStatusBar = false;
+    histogram.addAction(new OXMAction(OXM::Calculate, [&](OXMObject&, void*, OXMTaskInfo& task) {
+        for (int i = 1; i <= 10; ++i) {
+            if (task.isAbortRequested())
+                return OXM::Abort;
+            task.setProgress(i / 10.0f);
+            if (i == 5) {
+                QProgressBar* bar = OXWTaskProgress::progressBar();
+                barValue = bar ? bar->value() : -1;
+                barInStatusBar = bar && window.statusBar()->isAncestorOf(bar);
+                if (QToolButton* cancel = OXWTaskProgress::cancelButton())
+                    QTest::mouseClick(cancel, Qt::LeftButton);
+            }
+        }
+        return OXM::NoError;
+    }));
+
+    OXWTaskProgress::beginStatusBarCallback();
+    EXPECT_FALSE(histogram.execute(OXM::Calculate));
+    EXPECT_TRUE(OXWTaskProgress::isCancelRequested());
+    EXPECT_EQ(histogram.getAction(OXM::Calculate)->getErrorCode(), OXM::Abort);
+    EXPECT_EQ(barValue, 500);
+    EXPECT_TRUE(barInStatusBar);
+    EXPECT_FLOAT_EQ(OXWTaskProgress::lastProgress(), 0.6f); // the report after the click
+    OXWTaskProgress::endStatusBarCallback();
+    EXPECT_EQ(OXWTaskProgress::progressBar(), nullptr);
+    EXPECT_EQ(OXWTaskProgress::cancelButton(), nullptr);
+    OXWTaskProgress::beginStatusBarCallback(); // a new begin starts without the request
+    EXPECT_FALSE(OXWTaskProgress::isCancelRequested());
+    OXWTaskProgress::endStatusBarCallback();
+}
+
+TEST(OXWTaskProgress, StatusBarCallbackReportsWhetherTheResultIsAvailable)
+{
+    OXMObject histogram;
+    bool upToDate = false;
+    bool availableWhileRunning = true;
+    bool abort = false;
+    histogram.addAction(new OXMAction(
+        OXM::Calculate,
+        [&](OXMObject& self, void*, OXMTaskInfo&) {
+            availableWhileRunning =
+                OXWTaskProgress::statusBarCallback(&self, OXM::Calculate, nullptr);
+            upToDate = !abort;
+            return abort ? OXM::Abort : OXM::NoError;
+        },
+        [&](const OXMObject&, void*, OXMenum* code) {
+            *code = upToDate ? OXM::NoError : OXM::Running;
+            return !upToDate;
+        }));
+    histogram.addAction(
+        new OXMAction(OXM::Init, [](OXMObject&, void*, OXMTaskInfo&) { return OXM::NoError; }));
+    const auto available = [&](OXMObject* object, OXMenum action) {
+        return OXWTaskProgress::statusBarCallback(object, action, nullptr);
+    };
+    EXPECT_FALSE(available(nullptr, OXM::Calculate));
+    EXPECT_FALSE(available(&histogram, OXM::Opacity));
+    EXPECT_FALSE(available(&histogram, OXM::Calculate));
+    EXPECT_TRUE(histogram.execute(OXM::Calculate));
+    EXPECT_FALSE(availableWhileRunning);
+    EXPECT_TRUE(available(&histogram, OXM::Calculate));
+    // An aborted run leaves no result.
+    upToDate = false;
+    abort = true;
+    EXPECT_FALSE(histogram.execute(OXM::Calculate));
+    EXPECT_FALSE(available(&histogram, OXM::Calculate));
+    // Default check: available unless running or failed.
+    EXPECT_TRUE(available(&histogram, OXM::Init));
 }

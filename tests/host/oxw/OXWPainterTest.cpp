@@ -13,6 +13,9 @@
 #include <vector>
 
 namespace {
+
+using Heights = std::vector<int>;
+
 // A histogram result object as the host's calculation produces it.
 class Result : public OXMObject
 {
@@ -25,107 +28,77 @@ public:
     OXMValueArrayOP<float> histogram;
 };
 
-// Bar heights per column: the number of painted pixels counted from the bottom, -1 when the
-// column has a gap below a painted pixel.
-std::vector<int> columnHeights(const QImage& image)
+// Bar heights per column of the rectangle: the painted pixels counted from its bottom, -1 when
+// the column has a gap below a painted pixel; -2 everywhere when a pixel outside it is painted.
+Heights columnHeights(const QImage& image, const QRect& rect)
 {
-    std::vector<int> heights;
-    for (int x = 0; x < image.width(); ++x) {
+    Heights heights;
+    for (int x = rect.left(); x <= rect.right(); ++x) {
         int h = 0;
-        for (int y = image.height() - 1; y >= 0 && image.pixel(x, y) == qRgb(0, 0, 0); --y)
+        for (int y = rect.bottom(); y >= rect.top() && image.pixel(x, y) == qRgb(0, 0, 0); --y)
             ++h;
-        for (int y = image.height() - 1 - h; y >= 0; --y) {
+        for (int y = rect.bottom() - h; y >= rect.top(); --y) {
             if (image.pixel(x, y) != qRgb(255, 255, 255))
                 h = -1;
         }
         heights.push_back(h);
     }
+    for (int y = 0; y < image.height(); ++y)
+        for (int x = 0; x < image.width(); ++x)
+            if (!rect.contains(x, y) && image.pixel(x, y) != qRgb(255, 255, 255))
+                return Heights(heights.size(), -2);
     return heights;
 }
 
+// The histogram drawn in black into rect of a white image of the given size.
 QImage draw(QSize size, const QRect& rect, const OXMObject* result, const QRectF& range,
-            OXMenum reduction, bool* ok = nullptr, double gamma = -1.0)
+            OXMenum reduction, double gamma = -1.0, OXMenum style = OXWPainter::Bar())
 {
     QImage image(size, QImage::Format_RGB32);
     image.fill(Qt::white);
     OXWPainter p(&image);
     p.setPen(Qt::black);
     p.setBrush(Qt::black);
-    const bool drawn = p.drawHistogram(rect, result, range, gamma, reduction, OXWPainter::Bar());
-    if (ok)
-        *ok = drawn;
+    EXPECT_TRUE(p.drawHistogram(rect, result, range, gamma, reduction, style));
     return image;
 }
-} // namespace
 
-TEST(OXWPainter, TheEnumerationValuesAreRegisteredInTheHostNamespace)
+// The bar heights of bins (the first at index first) drawn on columns x height pixels inside a
+// white frame one pixel wide. Ranges are built as the work area does: from (bin a, 0) to
+// (bin b, full-height count).
+Heights bars(const std::vector<float>& bins, int columns, int height, const QRectF& range,
+             OXMenum reduction = OXWPainter::Average(), double gamma = -1.0, int first = 0)
 {
-    EXPECT_TRUE(OXWPainter::Average().isValid());
-    EXPECT_EQ(OXMenum::find("Average"), OXWPainter::Average());
-    EXPECT_EQ(OXMenum::find("Bar", "OXM"), OXWPainter::Bar());
-    EXPECT_STREQ(OXWPainter::Bar().getNamespace(), "OXM");
-    EXPECT_EQ(OXMenum::find("Line"), OXWPainter::Line());
-}
-
-TEST(OXWPainter, MoreBinsThanColumnsShowTheAverageOfEachColumn)
-{
-    Result r({2.0f, 4.0f, 6.0f, 10.0f});
-    bool ok = false;
-    // Range built as the work area does: from (bin a, 0) to (bin b, full-height count).
-    const QImage image = draw(QSize(2, 10), QRect(0, 0, 2, 10), &r,
-                              QRectF(QPointF(0, 0), QPointF(4, 10)), OXWPainter::Average(), &ok);
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(columnHeights(image), (std::vector<int>{3, 8}));
-
-    const QImage maxima = draw(QSize(2, 10), QRect(0, 0, 2, 10), &r,
-                               QRectF(QPointF(0, 0), QPointF(4, 10)), OXM::Maximum);
-    EXPECT_EQ(columnHeights(maxima), (std::vector<int>{4, 10}));
-}
-
-TEST(OXWPainter, AHistogramStartingAtAnotherIndexIsReadFromItsFirstBin)
-{
-    // A histogram of data whose values run from 1000 to 1003: the array's indices are the grey
-    // values, the value range counts bins from 0.
     OXMObject result;
     OXMIndexedFloatArrayOP histogram;
     result.addProperty(OXM::Histogram, &histogram);
-    const float bins[] = {2.0f, 4.0f, 6.0f, 10.0f};
-    ASSERT_TRUE(histogram.initArray(1000, 1003, bins));
-    bool ok = false;
-    const QImage image = draw(QSize(2, 10), QRect(0, 0, 2, 10), &result,
-                              QRectF(QPointF(0, 0), QPointF(4, 10)), OXWPainter::Average(), &ok);
-    EXPECT_TRUE(ok);
-    EXPECT_EQ(columnHeights(image), (std::vector<int>{3, 8}));
+    EXPECT_TRUE(histogram.initArray(first, first + int(bins.size()) - 1, bins.data()));
+    const QRect rect(1, 1, columns, height);
+    return columnHeights(draw(rect.size() + QSize(2, 2), rect, &result, range, reduction, gamma),
+                         rect);
 }
 
-TEST(OXWPainter, BinsOutsideTheValueRangeAreNotDrawn)
+} // namespace
+
+TEST(OXWPainter, HistogramBarsShowTheReductionOfTheBinsInTheValueRange)
 {
-    Result r({10.0f, 10.0f, 1.0f, 2.0f, 3.0f, 4.0f, 10.0f, 10.0f});
-    // Bins 2..5 on the 4 columns 1..4 of a 6-pixel image.
-    const QImage image = draw(QSize(6, 10), QRect(1, 0, 4, 10), &r,
-                              QRectF(QPointF(2, 0), QPointF(6, 10)), OXWPainter::Average());
-    EXPECT_EQ(columnHeights(image), (std::vector<int>{0, 1, 2, 3, 4, 0}));
-    // Heights beyond the count range are clipped to the rectangle.
-    const QImage tall = draw(QSize(4, 10), QRect(0, 0, 4, 5), &r,
-                             QRectF(QPointF(0, 0), QPointF(4, 2)), OXWPainter::Average());
-    EXPECT_EQ(columnHeights(tall), (std::vector<int>{-1, -1, -1, -1}));
-    EXPECT_EQ(tall.pixel(0, 4), qRgb(0, 0, 0));
-    EXPECT_EQ(tall.pixel(0, 5), qRgb(255, 255, 255));
-    // A range beyond the array draws only the bins that exist.
-    const QImage beyond = draw(QSize(4, 10), QRect(0, 0, 4, 10), &r,
-                               QRectF(QPointF(6, 0), QPointF(10, 10)), OXWPainter::Average());
-    EXPECT_EQ(columnHeights(beyond), (std::vector<int>{10, 10, 0, 0}));
+    EXPECT_EQ(OXMenum::find("Average"), OXWPainter::Average());
+    EXPECT_EQ(OXMenum::find("Bar", "OXM"), OXWPainter::Bar());
+    EXPECT_EQ(OXMenum::find("Line"), OXWPainter::Line());
+    const std::vector<float> four = {2.0f, 4.0f, 6.0f, 10.0f};
+    const std::vector<float> eight = {10.0f, 10.0f, 1.0f, 2.0f, 3.0f, 4.0f, 10.0f, 10.0f};
+    EXPECT_EQ(bars(four, 2, 10, {0, 0, 4, 10}), (Heights{3, 8}));
+    EXPECT_EQ(bars(four, 2, 10, {0, 0, 4, 10}, OXM::Maximum), (Heights{4, 10}));
+    // Grey values 1000 .. 1003: the array's indices are the values, the range counts bins.
+    EXPECT_EQ(bars(four, 2, 10, {0, 0, 4, 10}, OXWPainter::Average(), -1.0, 1000), (Heights{3, 8}));
+    EXPECT_EQ(bars(eight, 4, 10, {2, 0, 4, 10}), (Heights{1, 2, 3, 4}));
+    EXPECT_EQ(bars(eight, 4, 5, {0, 0, 4, 2}), (Heights{5, 5, 3, 5})) << "clipped";
+    EXPECT_EQ(bars(eight, 4, 10, {6, 0, 4, 10}), (Heights{10, 10, 0, 0})) << "beyond the array";
+    EXPECT_EQ(bars({5.0f, 10.0f}, 4, 10, {0, 0, 2, 10}), (Heights{5, 5, 10, 10}));
+    EXPECT_EQ(bars({25.0f}, 1, 10, {0, 0, 1, 100}, OXWPainter::Average(), 0.5), Heights{5});
 }
 
-TEST(OXWPainter, FewerBinsThanColumnsGiveEachBinItsSpan)
-{
-    Result r({5.0f, 10.0f});
-    const QImage image = draw(QSize(4, 10), QRect(0, 0, 4, 10), &r,
-                              QRectF(QPointF(0, 0), QPointF(2, 10)), OXWPainter::Average());
-    EXPECT_EQ(columnHeights(image), (std::vector<int>{5, 5, 10, 10}));
-}
-
-TEST(OXWPainter, ManyBinsAveragePerColumn)
+TEST(OXWPainter, ManyBinsAveragePerColumnAndTheLineStyleDrawsTheirTops)
 {
     // 65 536 bins on 256 columns: column c averages the 256 bins c * 256 .. c * 256 + 255,
     // alternating 0 and 2 * c / 255 * 100, so its average is c / 255 * 100.
@@ -133,29 +106,15 @@ TEST(OXWPainter, ManyBinsAveragePerColumn)
     for (int i = 0; i < 65536; ++i)
         bins[std::size_t(i)] = (i % 2) ? 2.0f * float(i / 256) / 255.0f * 100.0f : 0.0f;
     Result r(bins);
-    const QImage image = draw(QSize(256, 100), QRect(0, 0, 256, 100), &r,
-                              QRectF(QPointF(0, 0), QPointF(65536, 100)), OXWPainter::Average());
-    const std::vector<int> heights = columnHeights(image);
+    const QRect rect(0, 0, 256, 100);
+    const Heights heights = columnHeights(
+        draw(rect.size(), rect, &r, QRectF(0, 0, 65536, 100), OXWPainter::Average()), rect);
     for (int c = 0; c < 256; ++c)
         EXPECT_EQ(heights[std::size_t(c)], int(std::lround(c / 255.0 * 100.0))) << c;
-}
 
-TEST(OXWPainter, GammaShapesTheHeightsAndLineStyleDraws)
-{
-    Result r({25.0f});
-    const QImage image =
-        draw(QSize(1, 10), QRect(0, 0, 1, 10), &r, QRectF(QPointF(0, 0), QPointF(1, 100)),
-             OXWPainter::Average(), nullptr, 0.5);
-    EXPECT_EQ(columnHeights(image), (std::vector<int>{5}));
-
-    QImage line(QSize(4, 10), QImage::Format_RGB32);
-    line.fill(Qt::white);
-    OXWPainter p(&line);
-    p.setPen(Qt::black);
-    Result r2({5.0f, 5.0f, 5.0f, 5.0f});
-    EXPECT_TRUE(p.drawHistogram(QRect(0, 0, 4, 10), &r2, QRectF(QPointF(0, 0), QPointF(4, 10)),
-                                -1.0, OXWPainter::Average(), OXWPainter::Line()));
-    p.end();
+    Result flat({5.0f, 5.0f, 5.0f, 5.0f});
+    const QImage line = draw(QSize(4, 10), QRect(0, 0, 4, 10), &flat, QRectF(0, 0, 4, 10),
+                             OXWPainter::Average(), -1.0, OXWPainter::Line());
     for (int x = 0; x < 4; ++x)
         EXPECT_EQ(line.pixel(x, 5), qRgb(0, 0, 0)) << x;
     EXPECT_EQ(line.pixel(0, 9), qRgb(255, 255, 255));
@@ -167,23 +126,18 @@ TEST(OXWPainter, RefusesMissingDataAndUnknownModes)
     image.fill(Qt::white);
     OXWPainter p(&image);
     p.setBrush(Qt::black);
-    const QRectF range(QPointF(0, 0), QPointF(1, 1));
     OXMObject empty;
     Result r({1.0f});
-    EXPECT_FALSE(p.drawHistogram(image.rect(), nullptr, range, -1.0, OXWPainter::Average(),
-                                 OXWPainter::Bar()));
-    EXPECT_FALSE(p.drawHistogram(image.rect(), &empty, range, -1.0, OXWPainter::Average(),
-                                 OXWPainter::Bar()));
-    EXPECT_FALSE(p.drawHistogram(image.rect(), &r, range, -1.0, OXM::Opacity, OXWPainter::Bar()));
-    EXPECT_FALSE(
-        p.drawHistogram(image.rect(), &r, range, -1.0, OXWPainter::Average(), OXM::Opacity));
+    const OXMenum average = OXWPainter::Average(), bar = OXWPainter::Bar();
+    const QRectF range(0, 0, 1, 1);
+    EXPECT_FALSE(p.drawHistogram(image.rect(), nullptr, range, -1.0, average, bar));
+    EXPECT_FALSE(p.drawHistogram(image.rect(), &empty, range, -1.0, average, bar));
+    EXPECT_FALSE(p.drawHistogram(image.rect(), &r, range, -1.0, OXM::Opacity, bar));
+    EXPECT_FALSE(p.drawHistogram(image.rect(), &r, range, -1.0, average, OXM::Opacity));
     // Empty ranges draw nothing but are fine.
-    EXPECT_TRUE(p.drawHistogram(image.rect(), &r, QRectF(), -1.0, OXWPainter::Average(),
-                                OXWPainter::Bar()));
+    EXPECT_TRUE(p.drawHistogram(image.rect(), &r, QRectF(), -1.0, average, bar));
     p.end();
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 4; ++x)
-            EXPECT_EQ(image.pixel(x, y), qRgb(255, 255, 255));
+    EXPECT_EQ(columnHeights(image, image.rect()), Heights(4, 0));
 }
 
 // Dense curves and handle marks, as an editor of many handles draws them: the merged drawing

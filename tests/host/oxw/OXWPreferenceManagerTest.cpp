@@ -23,7 +23,6 @@ protected:
             OXMError::addHandler([this](const OXMError::Message& m) { errors << m.getText(); });
     }
     void TearDown() override { OXMError::removeHandler(handler); }
-
     // A manager as a run of the application has it, with one preference registered.
     std::unique_ptr<OXWPreferenceManager> run(OXMTulvoRights& preference)
     {
@@ -51,24 +50,25 @@ protected:
     int handler = 0;
 };
 
+// Nothing changed, nothing written; a change is stored and given back in the next run. An
+// unusable file gives the defaults and one line naming it, and stays until a change.
 TEST_F(OXWPreferenceManagerTest, AChangeIsStoredAndGivenBackInTheNextRun)
 {
     {
         OXMTulvoRights first;
         auto manager = run(first);
-        EXPECT_TRUE(stored().isEmpty()); // nothing changed, nothing written
+        EXPECT_TRUE(stored().isEmpty());
         ASSERT_TRUE(first.setAllowClassificationEdit(false));
         ASSERT_TRUE(manager->removePreference(id));
     }
     EXPECT_EQ(fileName(), folder.filePath("oxwtest.TestPreference.json"));
-    OXMTulvoRights second;
-    auto manager = run(second);
-    EXPECT_FALSE(second.getAllowClassificationEdit());
-    EXPECT_TRUE(errors.isEmpty()) << errors.join('\n').toStdString();
-}
-
-TEST_F(OXWPreferenceManagerTest, AnUnusableFileGivesTheDefaultsOneLineAndStaysUntilAChange)
-{
+    {
+        OXMTulvoRights second;
+        auto manager = run(second);
+        EXPECT_FALSE(second.getAllowClassificationEdit());
+        EXPECT_TRUE(errors.isEmpty()) << errors.join('\n').toStdString();
+        manager->removePreference(id);
+    }
     for (const QByteArray& broken : {QByteArray("{\"format\": \"oxm-objects\", \"vers"),
                                      QByteArray("{\"format\":\"oxm-objects\",\"version\":1,"
                                                 "\"root\":{\"class\":\"OXMObject\"}}")}) {

@@ -14,7 +14,6 @@
 #include <OXMSampleGrid.h>
 #include <OXMScene.h>
 #include <OXMScenePhantom.h>
-#include <OXMValueArrayPropertyIF.h>
 #include <OXMVolumeRenderObject.h>
 #include <OXMVolumeTransform.h>
 
@@ -29,8 +28,7 @@ namespace {
 
 std::vector<OXMObjectPath> selection(const OXWApplication& app, OXMenum list)
 {
-    auto* a = OXMValueArrayPropertyIF<OXMObjectPath>::getInterface(app.getProperty(list));
-    return a ? a->getArray() : std::vector<OXMObjectPath>();
+    return OXMObject::arrayOf<OXMObjectPath>(&app, list);
 }
 
 class OXWSceneManagerTest : public ::testing::Test
@@ -64,7 +62,7 @@ TEST_F(OXWSceneManagerTest, PlacesAtTheTopAndSelectsInTheApplication)
     ASSERT_EQ(volumePath.getPathDepth(), 2);
     EXPECT_EQ(volumePath.getLink(0), scene);
     EXPECT_EQ(volumePath.getLink(-1), volume);
-    EXPECT_NE(volumePath.getAuxLink(-1), nullptr);
+    EXPECT_NE(volumePath.getAuxLink(-1), nullptr); // the transform
     EXPECT_EQ(volume->getRefCount(), 1);
     OXMObjectPath stored;
     ASSERT_TRUE(volume->getValue(OXM::ScenePath, stored));
@@ -72,7 +70,6 @@ TEST_F(OXWSceneManagerTest, PlacesAtTheTopAndSelectsInTheApplication)
     EXPECT_EQ(selection(app, OXM::RenderObjectSelectionList),
               std::vector<OXMObjectPath>{volumePath});
     EXPECT_TRUE(selection(app, OXM::RegionOfInterestSelectionList).empty());
-
     // A list property the parent lacks, or an empty link, is refused and changes nothing.
     OXMObjectLink bad(new OXMVolumeRenderObject);
     const OXMObjectPtr badHold(bad.getLink());

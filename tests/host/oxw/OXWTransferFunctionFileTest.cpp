@@ -37,16 +37,10 @@ double at(const std::vector<Point>& points, double x, Value value)
     return value(a) + t * (value(b) - value(a));
 }
 
-struct Expected
-{
-    const char* name;
-    const char* line; // OXWTransferFunctionFile::describe
-};
-
 // Every preset of the hand-written files, as a listing shows it.
 TEST(OXWTransferFunctionFile, ReadsEveryPresetOfTheHandWrittenFiles)
 {
-    const Expected paraview[] = {
+    const std::pair<const char*, const char*> paraview[] = {
         {"Warm linear", "range 0 .. 1 (relative), 3 opacity points, 3 colour points"},
         {"Cool to Warm", "2 opacity points, 2 colour points; left out: NaN colour"},
         {"Hue", "range 0 .. 10 (relative), 0 opacity points, 2 colour points; left out: log"},
@@ -56,22 +50,21 @@ TEST(OXWTransferFunctionFile, ReadsEveryPresetOfTheHandWrittenFiles)
         {"Broken", "refused: \"RGBPoints\" holds 3 numbers, not a multiple of 4"},
         {"Unsorted", "refused: the colour points are not in strictly ascending order"},
         {"Text", "refused: \"RGBPoints\" holds something other than a finite number at 1"}};
-    const Expected slicer[] = {
+    const std::pair<const char*, const char*> slicer[] = {
         {"CT-Bone", "range 0 .. 3400 (absolute), 4 opacity points, 4 colour points"},
         {"MR-Flat", "left out: gradient opacity, nearest-neighbour interpolation, shading off"},
         {"Bad count", "refused: \"scalarOpacity\" announces 6 numbers, holds 4"},
         {"Not finite", "refused: \"scalarOpacity\" holds \"nan\", no finite number"},
         {"Repeated x", "refused: the opacity points are not in strictly ascending order"}};
-    const std::pair<const char*, std::vector<Expected>> files[] = {
-        {"paraview.json", {std::begin(paraview), std::end(paraview)}},
-        {"slicer.xml", {std::begin(slicer), std::end(slicer)}}};
-    for (const auto& [file, expected] : files) {
+    for (const auto& [file, expected] :
+         {std::pair("paraview.json", std::vector(std::begin(paraview), std::end(paraview))),
+          std::pair("slicer.xml", std::vector(std::begin(slicer), std::end(slicer)))}) {
         const std::vector<OXWTransferFunction> presets = readFile(file);
         ASSERT_EQ(presets.size(), expected.size()) << file;
         for (std::size_t i = 0; i < presets.size(); ++i) {
             const QString line = OXWTransferFunctionFile::describe(presets[i]);
-            EXPECT_EQ(presets[i].name, QLatin1String(expected[i].name));
-            EXPECT_TRUE(line.contains(QLatin1String(expected[i].line))) << line.toStdString();
+            EXPECT_EQ(presets[i].name, QLatin1String(expected[i].first));
+            EXPECT_TRUE(line.contains(QLatin1String(expected[i].second))) << line.toStdString();
         }
     }
 }

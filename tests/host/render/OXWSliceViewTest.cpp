@@ -37,24 +37,22 @@ void settle(OXWSliceView& view)
     QTest::qWait(3 * OXWSliceView::RecomputeDelay);
 }
 
-struct Fixture
+class SliceView : public ::testing::Test
 {
-    OXMObjectPtr hold{phantom16(Size)};
-    OXMVolumeRenderObject* volume = static_cast<OXMVolumeRenderObject*>(hold.get());
-    OXMSampleMaterial* material = volume->getMaterial();
-    const std::uint16_t* samples = volume->getSampleGrid()->getSamples<std::uint16_t>();
-    int first = 0;
-    int last = 0;
-
-    Fixture() { volume->getSampleGrid()->getIndexRange(OXM::Gray, first, last); }
+protected:
+    SliceView()
+    {
+        volume->getSampleGrid()->getIndexRange(OXM::Gray, first, last);
+        view.resize(600, 240);
+        view.setObject(volume);
+    }
 
     // A region of the voxels above 800 with its default classification.
     OXMRegionOfInterest* addRegion()
     {
-        const long long voxels = (long long)Size * Size * Size;
-        std::vector<std::uint8_t> mask(std::size_t(voxels), 0);
-        for (long long i = 0; i < voxels; ++i)
-            mask[std::size_t(i)] = samples[i] > 800 ? 1 : 0;
+        std::vector<std::uint8_t> mask(std::size_t(Size) * Size * Size, 0);
+        for (std::size_t i = 0; i < mask.size(); ++i)
+            mask[i] = samples[i] > 800 ? 1 : 0;
         auto* roi = new OXMRegionOfInterest;
         EXPECT_TRUE(roi->setMask(mask));
         EXPECT_TRUE(volume->appendLink(OXM::RegionOfInterestList, OXMObjectLink(roi)));
@@ -62,45 +60,46 @@ struct Fixture
         EXPECT_TRUE(roi->getHistogram()->execute(OXM::Calculate));
         return roi;
     }
-    // Pixels of the axial slice lit outside and inside the region.
-    std::pair<long long, long long> litAxial(const QImage& axial) const
-    {
-        long long outside = 0, inside = 0;
-        for (int y = 0; y < Size; ++y)
-            for (int x = 0; x < Size; ++x)
-                ((this->axial(x, y) <= 800) ? outside : inside) +=
-                    (axial.pixel(x, y) & 0x00ffffffu) != 0 ? 1 : 0;
-        return {outside, inside};
-    }
-
     // The voxel shown at pixel (x, y) of axial slice z.
     std::uint16_t axial(int x, int y, int z = Size / 2) const
     {
         return samples[z * Size * Size + y * Size + x];
     }
+    // Pixels of the axial slice lit where the voxel is at most, and above, the value.
+    std::pair<long long, long long> litAxial(int value)
+    {
+        const QImage image = view.getSliceImage(OXWSliceView::Axial);
+        long long below = 0, above = 0;
+        for (int y = 0; y < Size; ++y)
+            for (int x = 0; x < Size; ++x)
+                (axial(x, y) <= value ? below : above) += (image.pixel(x, y) & 0xffffffu) != 0;
+        return {below, above};
+    }
+    QImage axialImage() const { return view.getSliceImage(OXWSliceView::Axial); }
+
+    std::unique_ptr<OXMObjectPtr> hold = std::make_unique<OXMObjectPtr>(phantom16(Size));
+    OXMVolumeRenderObject* volume = static_cast<OXMVolumeRenderObject*>(hold->get());
+    OXMSampleMaterial* material = volume->getMaterial();
+    const std::uint16_t* samples = volume->getSampleGrid()->getSamples<std::uint16_t>();
+    int first = 0;
+    int last = 0;
+    OXWSliceView view;
 };
 
 } // namespace
 
-TEST(OXWSliceView, EmptyStateWithoutObject)
+// Without an object the view says so; with the phantom each plane shows its slice, each
+// pixel the table entry of its voxel (premultiplied colour over black); when the object dies
+// the view clears.
+TEST_F(SliceView, ShowsThePhantomWithTheDefaultMaterialUntilItDies)
 {
-    OXWSliceView view;
-    view.resize(300, 120);
-    EXPECT_FALSE(view.hasSlices());
-    EXPECT_EQ(view.getEmptyText(), QStringLiteral("No volume selected"));
-    view.setObject(nullptr);
-    EXPECT_FALSE(view.hasSlices());
-    EXPECT_EQ(view.getEmptyText(), QStringLiteral("No volume selected"));
-    EXPECT_TRUE(view.getSliceImage(OXWSliceView::Axial).isNull());
-    EXPECT_EQ(view.getRenderedImage().size(), QSize(300, 120));
-}
+    OXWSliceView empty;
+    empty.resize(300, 120);
+    EXPECT_FALSE(empty.hasSlices());
+    EXPECT_EQ(empty.getEmptyText(), QStringLiteral("No volume selected"));
+    EXPECT_TRUE(empty.getSliceImage(OXWSliceView::Axial).isNull());
+    EXPECT_EQ(empty.getRenderedImage().size(), QSize(300, 120));
 
-TEST(OXWSliceView, ShowsThePhantomWithTheDefaultMaterial)
-{
-    Fixture f;
-    OXWSliceView view;
-    view.resize(600, 240);
-    view.setObject(f.volume);
     ASSERT_TRUE(view.hasSlices());
     EXPECT_EQ(view.getRecomputeCount(), 1);
     for (auto plane : {OXWSliceView::Axial, OXWSliceView::Coronal, OXWSliceView::Sagittal}) {
@@ -108,183 +107,120 @@ TEST(OXWSliceView, ShowsThePhantomWithTheDefaultMaterial)
         EXPECT_EQ(slice.size(), QSize(Size, Size));
         EXPECT_GT(nonBlack(slice), Size * Size / 4) << plane;
     }
-    // Pixel = table entry of the voxel (premultiplied colour over black).
-    const QImage axial = view.getSliceImage(OXWSliceView::Axial);
-    for (int y = 0; y < Size; y += 5)
-        for (int x = 0; x < Size; x += 3)
-            EXPECT_EQ(axial.pixel(x, y) & 0x00ffffffu,
-                      view.getClassification().entryForBin(f.axial(x, y)) & 0x00ffffffu);
-    const QImage rendered = view.getRenderedImage();
-    EXPECT_EQ(rendered.size(), QSize(600, 240));
-    EXPECT_GT(nonBlack(rendered), 1000);
-
+    const QImage image = axialImage();
+    for (int y = 0; y < Size; ++y)
+        for (int x = 0; x < Size; ++x)
+            ASSERT_EQ(image.pixel(x, y) & 0xffffffu,
+                      view.getClassification().entryForBin(axial(x, y)) & 0xffffffu);
+    EXPECT_EQ(view.getRenderedImage().size(), QSize(600, 240));
     view.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&view));
     EXPECT_GT(nonBlack(view.grab().toImage()), 1000);
-}
 
-TEST(OXWSliceView, BurstOfOpacityWritesRecomputesOnce)
-{
-    Fixture f;
-    OXWSliceView view;
-    view.setObject(f.volume);
-    settle(view);
-    const int before = view.getRecomputeCount();
-    QSignalSpy recomputed(&view, &OXWSliceView::recomputed);
-
-    OXMObject* opacity = link(f.material, OXM::Opacity);
-    for (int i = 0; i < 10; ++i) {
-        const float top = 0.1f * float(i + 1);
-        ASSERT_TRUE(setArray<OXMVector2<float>>(opacity, OXM::LookupTableHandleList,
-                                                {{float(f.first), 0.0f}, {float(f.last), top}}));
-    }
-    EXPECT_TRUE(view.isRecomputePending());
-    EXPECT_EQ(view.getRecomputeCount(), before); // nothing yet: coalesced
-    settle(view);
-    EXPECT_EQ(view.getRecomputeCount(), before + 1);
-    EXPECT_EQ(recomputed.count(), 1);
-    // The last curve is shown: opacity 1 at the last bin.
-    EXPECT_EQ(qAlpha(view.getClassification().entryForBin(f.last)), 255);
-}
-
-TEST(OXWSliceView, DisabledIntervalDarkensItsVoxels)
-{
-    Fixture f;
-    OXWSliceView view;
-    view.setObject(f.volume);
-    // A bone voxel of the axial slice, bright with the default ramp.
-    int bx = -1, by = -1;
-    for (int y = 0; y < Size && bx < 0; ++y)
-        for (int x = 0; x < Size; ++x)
-            if (f.axial(x, y) > 1500) {
-                bx = x;
-                by = y;
-                break;
-            }
-    ASSERT_GE(bx, 0);
-    // And a soft-tissue voxel below the border.
-    int tx = -1, ty = -1;
-    for (int y = 0; y < Size && tx < 0; ++y)
-        for (int x = 0; x < Size; ++x)
-            if (f.axial(x, y) > 800 && f.axial(x, y) <= 1500) {
-                tx = x;
-                ty = y;
-                break;
-            }
-    ASSERT_GE(tx, 0);
-    const QImage before = view.getSliceImage(OXWSliceView::Axial);
-    EXPECT_NE(before.pixel(bx, by) & 0x00ffffffu, 0u);
-    EXPECT_NE(before.pixel(tx, ty) & 0x00ffffffu, 0u);
-
-    // Two intervals: up to 1500 and above; the upper one off. Borders first, then modes, as a
-    // tool writes them: one recompute.
-    const int count = view.getRecomputeCount();
-    ASSERT_TRUE(setArray<int>(f.material, OXM::IntervalIndexList, {f.first - 1, 1500, f.last}));
-    ASSERT_TRUE(
-        setArray<OXMenum>(f.material, OXM::IntervalModeList, {OXM::Enabled, OXM::Disabled}));
-    settle(view);
-    EXPECT_EQ(view.getRecomputeCount(), count + 1);
-    const QImage after = view.getSliceImage(OXWSliceView::Axial);
-    EXPECT_EQ(after.pixel(bx, by), qRgb(0, 0, 0));
-    EXPECT_EQ(after.pixel(tx, ty), before.pixel(tx, ty));
-    EXPECT_LT(nonBlack(after), nonBlack(before));
-}
-
-TEST(OXWSliceView, FollowsChannelsAndAReplacedMaterial)
-{
-    Fixture f;
-    OXWSliceView view;
-    view.setObject(f.volume);
-    const QImage white = view.getSliceImage(OXWSliceView::Axial);
-
-    // Diffuse red shares the ambient red table; a change of the ambient channel shows.
-    auto* ambientRed = f.material->getChannel(OXM::AmbientRed);
-    ASSERT_TRUE(f.material->getChannel(OXM::DiffuseRed)->setReference(ambientRed));
-    settle(view);
-    ASSERT_TRUE(ambientRed->setCurve({{float(f.first), 0.0f}, {float(f.last), 0.0f}}));
-    settle(view);
-    const QImage cyan = view.getSliceImage(OXWSliceView::Axial);
-    bool anyRed = false;
-    for (int y = 0; y < Size; ++y)
-        for (int x = 0; x < Size; ++x)
-            anyRed = anyRed || qRed(cyan.pixel(x, y)) != 0;
-    EXPECT_FALSE(anyRed);
-    EXPECT_EQ(nonBlack(cyan), nonBlack(white));
-
-    // A new material whose only interval is off: all black, and its channels are followed.
-    OXMObjectPtr oldMaterial(f.material); // kept alive to write to its channels below
-    auto* replacement = new OXMSampleMaterial;
-    ASSERT_TRUE(replacement->setDefaultClassification(f.first, f.last));
-    ASSERT_TRUE(setArray<OXMenum>(replacement, OXM::IntervalModeList, {OXM::Disabled}));
-    ASSERT_TRUE(f.volume->setLinkedObject(OXM::ApplicationSampleMaterial, replacement));
-    settle(view);
-    EXPECT_EQ(nonBlack(view.getSliceImage(OXWSliceView::Axial)), 0);
-    const int count = view.getRecomputeCount();
-    ASSERT_TRUE(setArray<OXMenum>(replacement, OXM::IntervalModeList, {OXM::Enabled}));
-    settle(view);
-    EXPECT_EQ(view.getRecomputeCount(), count + 1);
-    EXPECT_EQ(view.getSliceImage(OXWSliceView::Axial), white);
-    // The old material's channels are no longer followed.
-    ASSERT_TRUE(ambientRed->setCurve({{float(f.first), 1.0f}, {float(f.last), 1.0f}}));
-    settle(view);
-    EXPECT_EQ(view.getRecomputeCount(), count + 1);
-}
-
-TEST(OXWSliceView, ClearsWhenTheObjectDies)
-{
-    auto f = std::make_unique<Fixture>();
-    OXWSliceView view;
-    view.setObject(f->volume);
-    ASSERT_TRUE(view.hasSlices());
-    f.reset(); // the volume, its material and grid go
+    hold.reset(); // the volume, its material and grid go
     settle(view);
     EXPECT_FALSE(view.hasSlices());
     EXPECT_EQ(view.getObject(), nullptr);
     EXPECT_EQ(view.getEmptyText(), QStringLiteral("No volume selected"));
 }
 
-TEST(OXWSliceView, RegionShowsOnlyItsVoxelsWithItsClassification)
+TEST_F(SliceView, ABurstOfOpacityWritesRecomputesOnce)
 {
-    Fixture f;
-    const long long voxels = (long long)Size * Size * Size;
-    OXMRegionOfInterest* roi = f.addRegion();
-
-    OXWSliceView view;
-    view.setObject(roi);
-    ASSERT_TRUE(view.hasSlices());
-    const std::pair<long long, long long> lit = f.litAxial(view.getSliceImage(OXWSliceView::Axial));
-    EXPECT_EQ(lit.first, 0);
-    EXPECT_GT(lit.second, 0);
-    // A change of the region's mask shows.
-    const int count = view.getRecomputeCount();
-    ASSERT_TRUE(roi->setMask(std::vector<std::uint8_t>(std::size_t(voxels), 0)));
     settle(view);
-    EXPECT_EQ(view.getRecomputeCount(), count + 1);
-    EXPECT_EQ(nonBlack(view.getSliceImage(OXWSliceView::Axial)), 0);
+    const int before = view.getRecomputeCount();
+    QSignalSpy recomputed(&view, &OXWSliceView::recomputed);
+    OXMObject* opacity = link(material, OXM::Opacity);
+    for (int i = 0; i < 10; ++i) {
+        const float top = 0.1f * float(i + 1);
+        ASSERT_TRUE(setArray<OXMVector2<float>>(opacity, OXM::LookupTableHandleList,
+                                                {{float(first), 0.0f}, {float(last), top}}));
+    }
+    EXPECT_TRUE(view.isRecomputePending());
+    EXPECT_EQ(view.getRecomputeCount(), before); // nothing yet: coalesced
+    settle(view);
+    EXPECT_EQ(view.getRecomputeCount(), before + 1);
+    EXPECT_EQ(recomputed.count(), 1);
+    EXPECT_EQ(qAlpha(view.getClassification().entryForBin(last)), 255); // the last curve
 }
 
-// The volume's classification transparent: its slices show the region's voxels alone.
-TEST(OXWSliceView, AVolumeShowsItsRegionsVoxelsWithTheirClassification)
+// Two intervals, up to 1500 and above, the upper one off: its voxels go black, the others
+// stay. Borders first, then modes, as a tool writes them: one recompute.
+TEST_F(SliceView, ADisabledIntervalDarkensItsVoxels)
 {
-    Fixture f;
-    f.addRegion();
-    ASSERT_TRUE(f.material->getChannel(OXM::Opacity)->setCurve({{0.0f, 0.0f}, {1.0f, 0.0f}}));
-    OXWSliceView view;
-    view.setObject(f.volume);
-    const std::pair<long long, long long> lit = f.litAxial(view.getSliceImage(OXWSliceView::Axial));
-    EXPECT_EQ(lit.first, 0);
-    EXPECT_GT(lit.second, 0);
+    const QImage before = axialImage();
+    const std::pair<long long, long long> lit = litAxial(1500);
+    ASSERT_GT(lit.first, 0);
+    ASSERT_GT(lit.second, 0);
+    const int count = view.getRecomputeCount();
+    ASSERT_TRUE(setArray<int>(material, OXM::IntervalIndexList, {first - 1, 1500, last}));
+    ASSERT_TRUE(setArray<OXMenum>(material, OXM::IntervalModeList, {OXM::Enabled, OXM::Disabled}));
+    settle(view);
+    EXPECT_EQ(view.getRecomputeCount(), count + 1);
+    const QImage after = axialImage();
+    for (int y = 0; y < Size; ++y)
+        for (int x = 0; x < Size; ++x)
+            ASSERT_EQ(after.pixel(x, y), axial(x, y) > 1500 ? qRgb(0, 0, 0) : before.pixel(x, y))
+                << x << "," << y;
+}
+
+TEST_F(SliceView, FollowsChannelsAndAReplacedMaterial)
+{
+    const QImage white = axialImage();
+    // Diffuse red shares the ambient red table; a change of the ambient channel shows.
+    auto* ambientRed = material->getChannel(OXM::AmbientRed);
+    ASSERT_TRUE(material->getChannel(OXM::DiffuseRed)->setReference(ambientRed));
+    settle(view);
+    ASSERT_TRUE(ambientRed->setCurve({{float(first), 0.0f}, {float(last), 0.0f}}));
+    settle(view);
+    const QImage cyan = axialImage();
+    for (int y = 0; y < Size; ++y)
+        for (int x = 0; x < Size; ++x)
+            ASSERT_EQ(qRed(cyan.pixel(x, y)), 0);
+    EXPECT_EQ(nonBlack(cyan), nonBlack(white));
+    // A new material whose only interval is off: all black, and its channels are followed.
+    OXMObjectPtr oldMaterial(material); // kept alive to write to its channels below
+    auto* replacement = new OXMSampleMaterial;
+    ASSERT_TRUE(replacement->setDefaultClassification(first, last));
+    ASSERT_TRUE(setArray<OXMenum>(replacement, OXM::IntervalModeList, {OXM::Disabled}));
+    ASSERT_TRUE(volume->setLinkedObject(OXM::ApplicationSampleMaterial, replacement));
+    settle(view);
+    EXPECT_EQ(nonBlack(axialImage()), 0);
+    const int count = view.getRecomputeCount();
+    ASSERT_TRUE(setArray<OXMenum>(replacement, OXM::IntervalModeList, {OXM::Enabled}));
+    settle(view);
+    EXPECT_EQ(view.getRecomputeCount(), count + 1);
+    EXPECT_EQ(axialImage(), white);
+    // The old material's channels are no longer followed.
+    ASSERT_TRUE(ambientRed->setCurve({{float(first), 1.0f}, {float(last), 1.0f}}));
+    settle(view);
+    EXPECT_EQ(view.getRecomputeCount(), count + 1);
+}
+
+// A region shows only its voxels, with its classification, and follows its mask; the volume,
+// its own classification transparent, shows the region's voxels alone.
+TEST_F(SliceView, RegionsShowOnlyTheirVoxelsWithTheirClassification)
+{
+    OXMRegionOfInterest* roi = addRegion();
+    ASSERT_TRUE(material->getChannel(OXM::Opacity)->setCurve({{0.0f, 0.0f}, {1.0f, 0.0f}}));
+    settle(view);
+    for (OXMObject* shown : {static_cast<OXMObject*>(volume), static_cast<OXMObject*>(roi)}) {
+        view.setObject(shown);
+        ASSERT_TRUE(view.hasSlices());
+        EXPECT_EQ(litAxial(800).first, 0);
+        EXPECT_GT(litAxial(800).second, 0);
+    }
+    const int count = view.getRecomputeCount();
+    ASSERT_TRUE(roi->setMask(std::vector<std::uint8_t>(std::size_t(Size) * Size * Size, 0)));
+    settle(view);
+    EXPECT_EQ(view.getRecomputeCount(), count + 1);
+    EXPECT_EQ(nonBlack(axialImage()), 0);
 }
 
 // The wheel over a third of the view moves through that plane's slices; a right drag sets
 // window and level of the display, a double click resets them.
-TEST(OXWSliceView, TheWheelMovesThroughSlicesAndARightDragSetsWindowAndLevel)
+TEST_F(SliceView, TheWheelMovesThroughSlicesAndARightDragSetsWindowAndLevel)
 {
-    Fixture f;
-    OXWSliceView view;
-    view.resize(600, 240);
-    view.setObject(f.volume);
-    const auto wheel = [&view](int x, int notches, Qt::KeyboardModifiers modifiers) {
+    const auto wheel = [this](int x, int notches, Qt::KeyboardModifiers modifiers) {
         QWheelEvent event(QPointF(x, 120), view.mapToGlobal(QPoint(x, 120)), QPoint(),
                           QPoint(0, 120 * notches), Qt::NoButton, modifiers, Qt::NoScrollPhase,
                           false);
@@ -304,10 +240,9 @@ TEST(OXWSliceView, TheWheelMovesThroughSlicesAndARightDragSetsWindowAndLevel)
         wheel(s.x, s.notches, s.modifiers);
         EXPECT_EQ(view.sliceIndex(s.plane), s.index) << s.x << " " << s.notches;
     }
-    const QImage axial = view.getSliceImage(OXWSliceView::Axial);
-    EXPECT_EQ(axial.pixel(7, 9) & 0x00ffffffu,
-              view.getClassification().entryForBin(f.axial(7, 9, 0)) & 0x00ffffffu);
-
+    const QImage bottom = axialImage();
+    EXPECT_EQ(bottom.pixel(7, 9) & 0x00ffffffu,
+              view.getClassification().entryForBin(axial(7, 9, 0)) & 0x00ffffffu);
     // Window 0.5 at level 0.25 shows the colours 0 .. 0.5 over the whole range.
     const QImage before = view.getRenderedImage();
     QTest::mousePress(&view, Qt::RightButton, Qt::NoModifier, QPoint(600, 120));

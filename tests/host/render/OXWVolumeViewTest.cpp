@@ -30,6 +30,8 @@ using namespace oxwviewtest;
 namespace {
 
 using Handles = std::vector<OXMVector2<float>>;
+const Handles One = {{100.0f, 1.0f}, {200.0f, 1.0f}};
+const Handles Zero = {{100.0f, 0.0f}, {200.0f, 0.0f}};
 using Voxels = std::function<std::uint16_t(double x, double y, double z)>;
 
 constexpr int Size = 32;
@@ -47,18 +49,36 @@ std::uint16_t ballInCube(double x, double y, double z)
     return radius(x, y, z) < Size / 4.0 ? 200 : 100;
 }
 
+// The voxels of the volume, x fastest.
+template <typename T>
+std::vector<T> voxels(const Voxels& value)
+{
+    std::vector<T> v;
+    for (int z = 0; z < Size; ++z)
+        for (int y = 0; y < Size; ++y)
+            for (int x = 0; x < Size; ++x)
+                v.push_back(T(value(x, y, z)));
+    return v;
+}
+
+bool reddish(QRgb p)
+{
+    return qRed(p) > 40 && 2 * qRed(p) > 3 * std::max(qGreen(p), qBlue(p));
+}
+
+bool greenish(QRgb p)
+{
+    return qGreen(p) > 40 && 2 * qGreen(p) > 3 * std::max(qRed(p), qBlue(p));
+}
+
 class VolumeView : public ::testing::Test
 {
 protected:
-    void show(const Voxels& voxels)
+    void show(const Voxels& value)
     {
-        std::vector<std::uint16_t> samples;
-        for (int z = 0; z < Size; ++z)
-            for (int y = 0; y < Size; ++y)
-                for (int x = 0; x < Size; ++x)
-                    samples.push_back(voxels(x, y, z));
         auto* grid = new OXMSampleGrid;
-        ASSERT_TRUE(grid->setSamples({Size, Size, Size}, OXM::UInt16, samples));
+        ASSERT_TRUE(
+            grid->setSamples({Size, Size, Size}, OXM::UInt16, voxels<std::uint16_t>(value)));
         volume = OXMVolumeRenderObject::create(grid, "Test");
         ASSERT_TRUE(scene->addVolume(volume));
         ASSERT_TRUE(volume->getHistogram()->execute(OXM::Calculate));
@@ -72,13 +92,9 @@ protected:
     // A region of the ball's voxels with its own material.
     OXMSampleMaterial* addBallRegion()
     {
-        std::vector<std::uint8_t> mask;
-        for (int z = 0; z < Size; ++z)
-            for (int y = 0; y < Size; ++y)
-                for (int x = 0; x < Size; ++x)
-                    mask.push_back(ballInCube(x, y, z) == 200 ? 1 : 0);
         auto* roi = new OXMRegionOfInterest;
-        EXPECT_TRUE(roi->setMask(mask));
+        EXPECT_TRUE(roi->setMask(voxels<std::uint8_t>(
+            [](double x, double y, double z) { return ballInCube(x, y, z) == 200; })));
         EXPECT_TRUE(volume->appendLink(OXM::RegionOfInterestList, OXMObjectLink(roi)));
         EXPECT_TRUE(roi->execute(OXM::Init));
         EXPECT_TRUE(roi->getHistogram()->execute(OXM::Calculate));
@@ -86,6 +102,15 @@ protected:
     }
 
     OXMSampleMaterial* material() const { return volume->getMaterial(); }
+    // The ball opaque, the cube around it transparent.
+    void opaqueBall(OXMSampleMaterial* m = nullptr)
+    {
+        curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}}, m);
+    }
+    void scale(OXMenum channel, float value)
+    {
+        ASSERT_TRUE(material()->getChannel(channel)->setValue(OXM::Scale, value));
+    }
     void curve(OXMenum channel, const Handles& handles, OXMSampleMaterial* m = nullptr)
     {
         ASSERT_TRUE((m ? m : material())->getChannel(channel)->setCurve(handles));
@@ -123,14 +148,6 @@ protected:
                 n += test(image.pixel(x, y)) ? 1 : 0;
         return n;
     }
-    static bool reddish(QRgb p)
-    {
-        return qRed(p) > 40 && 2 * qRed(p) > 3 * std::max(qGreen(p), qBlue(p));
-    }
-    static bool greenish(QRgb p)
-    {
-        return qGreen(p) > 40 && 2 * qGreen(p) > 3 * std::max(qRed(p), qBlue(p));
-    }
     // Unlit rendering: the colours as the classification gives them, whatever the normals.
     void unlit()
     {
@@ -147,48 +164,70 @@ protected:
 
 } // namespace
 
-TEST_F(VolumeView, AFullyTransparentClassificationShowsOnlyTheBackground)
-{
-    show(ballInCube);
-    curve(OXM::Opacity, {{100.0f, 0.0f}, {200.0f, 0.0f}});
-    const QImage transparent = frame();
-    EXPECT_EQ(transparent, background());
-    curve(OXM::Opacity, {{100.0f, 0.0f}, {200.0f, 1.0f}});
-    EXPECT_NE(frame(), transparent);
-}
-
-// The ball alone is classified, red in ambient and diffuse light; disabling its interval
-// takes it away.
-TEST_F(VolumeView, ARedBallShowsRedAndDisablingItsIntervalRemovesIt)
+// A fully transparent classification shows the background alone; the ball alone classified,
+// red in ambient and diffuse light, shows red; disabling its interval takes it away.
+TEST_F(VolumeView, TheClassificationDecidesWhatShows)
 {
     show(ballInCube);
     ASSERT_TRUE(setArray<int>(material(), OXM::IntervalIndexList, {99, 150, 200}));
     ASSERT_TRUE(setArray<OXMenum>(material(), OXM::IntervalModeList, {OXM::Enabled, OXM::Enabled}));
-    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
-    colour({{100.0f, 1.0f}, {200.0f, 1.0f}}, {{100.0f, 0.0f}, {200.0f, 0.0f}},
-           {{100.0f, 0.0f}, {200.0f, 0.0f}});
-    const int red = count(frame(), reddish);
-    EXPECT_GT(red, 160 * 160 / 20);
-
+    colour(One, Zero, Zero);
+    curve(OXM::Opacity, Zero);
+    EXPECT_EQ(frame(), background());
+    opaqueBall();
+    EXPECT_GT(count(frame(), reddish), 160 * 160 / 20);
     ASSERT_TRUE(
         setArray<OXMenum>(material(), OXM::IntervalModeList, {OXM::Enabled, OXM::Disabled}));
-    const QImage disabled = frame();
-    EXPECT_EQ(count(disabled, reddish), 0);
-    EXPECT_EQ(disabled, background());
+    EXPECT_EQ(frame(), background());
+    // The volume classifies the ball green; a region over the ball classifies it red: the ball
+    // shows red only, drawn with the region's classification instead of the volume's.
+    ASSERT_TRUE(setArray<OXMenum>(material(), OXM::IntervalModeList, {OXM::Enabled, OXM::Enabled}));
+    unlit();
+    colour(Zero, One, Zero);
+    EXPECT_GT(count(frame(), greenish), 160 * 160 / 20);
+    OXMSampleMaterial* region = addBallRegion();
+    curve(OXM::Opacity, One, region);
+    colour(One, Zero, Zero, region);
+    const QImage both = frame();
+    ASSERT_EQ(view.getRegionCount(), 1);
+    EXPECT_EQ(count(both, greenish), 0);
+    EXPECT_GT(count(both, reddish), 160 * 160 / 20);
 }
 
-// Only the ambient colour is red: the ball shows red, weighted by the intensities; with a
-// white ambient colour it is grey.
-TEST_F(VolumeView, ARedAmbientColourShowsRed)
+// Lit by the material: a red ambient colour shows red, weighted by the intensities; a red
+// highlight shows red on a white surface; a red ambient and a blue diffuse colour show red at
+// the ball's rim, which the light grazes, on the GPU ray caster, which lights the two apart,
+// while the CPU ray caster lights their weighted mean (purple) alike everywhere.
+TEST_F(VolumeView, TheMaterialsColoursShowWhereTheirLightFalls)
 {
     show(ballInCube);
-    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
-    ASSERT_TRUE(material()->getChannel(OXM::AmbientIntensity)->setValue(OXM::Scale, 0.6f));
-    ASSERT_TRUE(material()->getChannel(OXM::DiffuseIntensity)->setValue(OXM::Scale, 0.4f));
+    opaqueBall();
+    scale(OXM::AmbientIntensity, 0.6f);
+    scale(OXM::DiffuseIntensity, 0.4f);
     EXPECT_EQ(count(frame(), reddish), 0);
-    curve(OXM::AmbientGreen, {{100.0f, 0.0f}, {200.0f, 0.0f}});
-    curve(OXM::AmbientBlue, {{100.0f, 0.0f}, {200.0f, 0.0f}});
+    curve(OXM::AmbientGreen, Zero);
+    curve(OXM::AmbientBlue, Zero);
     EXPECT_GT(count(frame(), reddish), 160 * 160 / 40);
+
+    scale(OXM::AmbientIntensity, 0.0f);
+    scale(OXM::DiffuseIntensity, 0.3f);
+    scale(OXM::SpecularIntensity, 1.0f);
+    EXPECT_EQ(count(frame(), reddish), 0);
+    scale(OXM::SpecularGreen, 0.0f);
+    scale(OXM::SpecularBlue, 0.0f);
+    EXPECT_GT(count(frame(), reddish), 20);
+
+    for (OXMenum c : {OXM::DiffuseRed, OXM::DiffuseGreen})
+        curve(c, Zero);
+    curve(OXM::AmbientRed, One);
+    curve(OXM::DiffuseBlue, One);
+    scale(OXM::SpecularIntensity, 0.0f);
+    scale(OXM::AmbientIntensity, 0.5f);
+    scale(OXM::DiffuseIntensity, 0.5f);
+    for (bool hardware : {false, true}) {
+        view.pipeline().useHardware(hardware);
+        EXPECT_EQ(count(frame(), reddish) > 20, hardware);
+    }
 }
 
 // An opaque blue cube around a red ball: composite (unlit) shows the cube's blue face, the
@@ -196,9 +235,8 @@ TEST_F(VolumeView, ARedAmbientColourShowsRed)
 TEST_F(VolumeView, MaximumProjectionShowsTheBrightestVoxelBehindOpaqueOnes)
 {
     show(ballInCube);
-    curve(OXM::Opacity, {{100.0f, 1.0f}, {200.0f, 1.0f}});
-    colour({{100.0f, 0.0f}, {200.0f, 1.0f}}, {{100.0f, 0.0f}, {200.0f, 0.0f}},
-           {{100.0f, 1.0f}, {200.0f, 0.0f}});
+    curve(OXM::Opacity, One);
+    colour({{100.0f, 0.0f}, {200.0f, 1.0f}}, Zero, {{100.0f, 1.0f}, {200.0f, 0.0f}});
     OXMObject* plugin = volume->getRenderPlugin();
     unlit();
     const QRgb composite = frame().pixel(80, 80);
@@ -255,29 +293,16 @@ TEST_F(VolumeView, ASpikeOneGreyValueWideShowsInSixteenBitData)
     EXPECT_LT(count(frame(), bright), slab / 10);
 }
 
-TEST_F(VolumeView, UndoOfAnOpacityEditRestoresThePictureExactly)
+// Writes in one event-loop turn render once; inside a user action at interactive quality,
+// refined once the action is over. Its undo restores the picture exactly.
+TEST_F(VolumeView, ABurstOfWritesRendersOnceIsRefinedUndoesAndTheCameraIsFollowed)
 {
     show(ballInCube);
     const QImage before = frame();
-    {
-        OXWApplication::UserActionScope step(QStringLiteral("Change opacity"));
-        curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.8f}, {200.0f, 0.1f}});
-    }
-    const QImage edited = frame();
-    EXPECT_NE(edited, before);
-    ASSERT_TRUE(app.undoStack()->undo());
-    EXPECT_EQ(frame(), before);
-}
-
-// Writes in one event-loop turn render once; inside a user action at interactive quality,
-// refined once the action is over.
-TEST_F(VolumeView, ABurstOfWritesRendersOnceAndADragIsRefinedAfterwards)
-{
-    show(ballInCube);
     QSignalSpy frames(&view, &OXWVolumeView::rendered);
     const int action = app.userActionBegin(QStringLiteral("Change opacity"));
     for (int i = 1; i <= 10; ++i)
-        curve(OXM::Opacity, {{100.0f, 0.0f}, {200.0f, float(i) / 10.0f}});
+        curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.08f * i}, {200.0f, float(i) / 10.0f}});
     EXPECT_TRUE(view.isUpdatePending());
     ASSERT_TRUE(waitFor([&] { return frames.count() >= 1; }));
     QCoreApplication::processEvents();
@@ -288,44 +313,19 @@ TEST_F(VolumeView, ABurstOfWritesRendersOnceAndADragIsRefinedAfterwards)
     ASSERT_TRUE(waitFor([&] { return frames.count() == 2; }, 3000));
     EXPECT_FALSE(frames.at(1).at(0).toBool());
     EXPECT_FALSE(view.pipeline().isInteractive());
-}
-
-// The view places a camera that has none around the volume, and follows the camera when it
-// changes elsewhere.
-TEST_F(VolumeView, FollowsTheScenesCamera)
-{
-    show(ballInCube);
-    curve(OXM::Opacity, {{100.0f, 0.2f}, {200.0f, 1.0f}});
+    EXPECT_NE(frame(), before);
+    ASSERT_TRUE(app.undoStack()->undo());
+    EXPECT_EQ(frame(), before);
+    // The view placed a camera around the volume, and follows it when it changes elsewhere.
     OXMObject* camera = scene->getCamera();
     OXMVector3<float> position, focal;
     ASSERT_TRUE(camera->getValue(OXMSceneNames::cameraPosition(), position));
     ASSERT_TRUE(camera->getValue(OXMSceneNames::cameraFocalPoint(), focal));
     EXPECT_FALSE(position == focal);
-    const QImage front = frame();
     ASSERT_TRUE(
         camera->setValue(OXMSceneNames::cameraPosition(),
                          OXMVector3<float>(position.x, position.y, position.z * 2.0f + 100.0f)));
-    ASSERT_TRUE(waitFor([&] { return !view.grabImage().isNull() && view.grabImage() != front; }));
-}
-
-// The volume classifies the ball green; a region over the ball classifies it red: the ball
-// shows red only, drawn with the region's classification instead of the volume's.
-TEST_F(VolumeView, ARegionsVoxelsShowWithTheRegionsClassification)
-{
-    show(ballInCube);
-    unlit();
-    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
-    colour({{100.0f, 0.0f}, {200.0f, 0.0f}}, {{100.0f, 1.0f}, {200.0f, 1.0f}},
-           {{100.0f, 0.0f}, {200.0f, 0.0f}});
-    EXPECT_GT(count(frame(), greenish), 160 * 160 / 20);
-    OXMSampleMaterial* region = addBallRegion();
-    curve(OXM::Opacity, {{100.0f, 1.0f}, {200.0f, 1.0f}}, region);
-    colour({{100.0f, 1.0f}, {200.0f, 1.0f}}, {{100.0f, 0.0f}, {200.0f, 0.0f}},
-           {{100.0f, 0.0f}, {200.0f, 0.0f}}, region);
-    const QImage both = frame();
-    ASSERT_EQ(view.getRegionCount(), 1);
-    EXPECT_EQ(count(both, greenish), 0);
-    EXPECT_GT(count(both, reddish), 160 * 160 / 20);
+    ASSERT_TRUE(waitFor([&] { return !view.grabImage().isNull() && view.grabImage() != before; }));
 }
 
 // The placement moves the volume: its origin far aside takes it out of the picture; turned a
@@ -349,41 +349,6 @@ TEST_F(VolumeView, ThePlacementMovesAndTurnsTheVolume)
         for (int x = 0; x < front.width(); ++x)
             differing += std::abs(qGray(front.pixel(x, y)) - qGray(turned.pixel(x, y))) > 8;
     EXPECT_LT(differing, 160 * 160 / 100);
-}
-
-// A red ambient and a blue diffuse colour, lit: the ball's rim, which the light grazes, shows
-// red on the GPU ray caster, which lights the two apart; the CPU ray caster lights their
-// weighted mean (purple) alike everywhere.
-TEST_F(VolumeView, AmbientAndDiffuseColoursAreLitApartOnTheGpuPath)
-{
-    show(ballInCube);
-    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
-    const Handles one = {{100.0f, 1.0f}, {200.0f, 1.0f}}, zero = {{100.0f, 0.0f}, {200.0f, 0.0f}};
-    for (OXMenum c : {OXM::AmbientGreen, OXM::AmbientBlue, OXM::DiffuseRed, OXM::DiffuseGreen})
-        curve(c, zero);
-    curve(OXM::AmbientRed, one);
-    curve(OXM::DiffuseBlue, one);
-    ASSERT_TRUE(material()->getChannel(OXM::SpecularIntensity)->setValue(OXM::Scale, 0.0f));
-    ASSERT_TRUE(material()->getChannel(OXM::AmbientIntensity)->setValue(OXM::Scale, 0.5f));
-    ASSERT_TRUE(material()->getChannel(OXM::DiffuseIntensity)->setValue(OXM::Scale, 0.5f));
-    for (bool hardware : {false, true}) {
-        view.pipeline().useHardware(hardware);
-        EXPECT_EQ(count(frame(), reddish) > 20, hardware);
-    }
-}
-
-// A white surface with a red highlight: the highlight shows red, with a white one it does not.
-TEST_F(VolumeView, TheSpecularColourShowsInTheHighlight)
-{
-    show(ballInCube);
-    curve(OXM::Opacity, {{100.0f, 0.0f}, {150.0f, 0.0f}, {151.0f, 1.0f}, {200.0f, 1.0f}});
-    ASSERT_TRUE(material()->getChannel(OXM::AmbientIntensity)->setValue(OXM::Scale, 0.0f));
-    ASSERT_TRUE(material()->getChannel(OXM::DiffuseIntensity)->setValue(OXM::Scale, 0.3f));
-    ASSERT_TRUE(material()->getChannel(OXM::SpecularIntensity)->setValue(OXM::Scale, 1.0f));
-    EXPECT_EQ(count(frame(), reddish), 0);
-    for (OXMenum c : {OXM::SpecularGreen, OXM::SpecularBlue})
-        ASSERT_TRUE(material()->getChannel(c)->setValue(OXM::Scale, 0.0f));
-    EXPECT_GT(count(frame(), reddish), 20);
 }
 
 // 16-bit data over 0 .. 65535 with a slab of one grey value v: a spike of the opacity one grey

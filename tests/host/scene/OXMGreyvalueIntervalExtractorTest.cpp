@@ -1,5 +1,5 @@
-// The action that turns a grey-value interval of a volume or region into a new region or
-// volume, checked voxel by voxel against a brute-force count on the 16-bit phantom.
+// The action that turns a grey-value interval of a volume or region into a new region or volume,
+// checked voxel by voxel against a brute-force count on the 16-bit phantom.
 
 #include "OXMAction.h"
 #include "OXMGreyvalueIntervalExtraction.h"
@@ -64,7 +64,7 @@ long long maskCount(const OXMObject* roi)
 } // namespace
 
 // The phantom's air, soft tissue and the top of its range: the first, a middle and the last
-// interval of a classification over it.
+// interval of a classification over it. Inside a region only its voxels count.
 TEST(OXMGreyvalueIntervalExtractor, ARegionHoldsExactlyTheVoxelsOfTheInterval)
 {
     Phantom f;
@@ -80,16 +80,9 @@ TEST(OXMGreyvalueIntervalExtractor, ARegionHoldsExactlyTheVoxelsOfTheInterval)
         EXPECT_EQ(exact, (long long)mask.size()) << i.from;
         EXPECT_EQ(maskCount(roi.get()), f.count(i.from, i.to));
     }
-}
-
-TEST(OXMGreyvalueIntervalExtractor, InsideARegionOnlyItsVoxelsCount)
-{
-    Phantom f;
     OXMObjectPtr outer = extract(f.volume, 1500, 2500, Extraction::Result::Region);
-    ASSERT_TRUE(outer);
-    auto* roi = static_cast<OXMRegionOfInterest*>(outer.get());
-    ASSERT_TRUE(f.volume->appendLink(OXM::RegionOfInterestList, OXMObjectLink(roi)));
-    const OXMObjectPtr inner = extract(roi, 1800, 5000, Extraction::Result::Region);
+    ASSERT_TRUE(f.volume->appendLink(OXM::RegionOfInterestList, OXMObjectLink(outer.get())));
+    const OXMObjectPtr inner = extract(outer.get(), 1800, 5000, Extraction::Result::Region);
     ASSERT_TRUE(inner);
     EXPECT_EQ(maskCount(inner.get()), f.count(1800, 2500));
 }
@@ -119,36 +112,30 @@ TEST(OXMGreyvalueIntervalExtractor, AVolumeIsCroppedToItsVoxelsWithTheBackground
     EXPECT_NE(v->getRenderPlugin(), nullptr);
 }
 
-TEST(OXMGreyvalueIntervalExtractor, RefusesWhatItCannotExtract)
+// Nothing to extract, no parameters, another channel, no grid, or an abort request: no object.
+TEST(OXMGreyvalueIntervalExtractor, RefusesWhatItCannotExtractAndStopsOnAnAbortRequest)
 {
-    Phantom f;
+    Phantom small;
     Extraction p;
     p.interval = OXMInterval(60000, 65000);
     p.result = Extraction::Result::Volume;
-    EXPECT_FALSE(f.volume->execute(OXM::ExtractGreyvalueInterval, &p)); // no voxel in it
+    EXPECT_FALSE(small.volume->execute(OXM::ExtractGreyvalueInterval, &p)); // no voxel in it
     EXPECT_EQ(p.created, nullptr);
-    EXPECT_FALSE(f.volume->execute(OXM::ExtractGreyvalueInterval, nullptr));
+    EXPECT_FALSE(small.volume->execute(OXM::ExtractGreyvalueInterval, nullptr));
     p.channel = OXM::Red;
-    EXPECT_FALSE(f.volume->execute(OXM::ExtractGreyvalueInterval, &p));
+    EXPECT_FALSE(small.volume->execute(OXM::ExtractGreyvalueInterval, &p));
     OXMObjectPtr empty(new OXMVolumeRenderObject);
     p.channel = OXM::Gray;
     EXPECT_FALSE(empty->execute(OXM::ExtractGreyvalueInterval, &p));
-}
-
-// An abort request stops the work: no object, the code says why.
-TEST(OXMGreyvalueIntervalExtractor, StopsOnAnAbortRequest)
-{
     Phantom f(128); // more than one chunk of voxels
-    OXMAction* action = f.volume->getAction(OXM::ExtractGreyvalueInterval);
-    ASSERT_NE(action, nullptr);
     const auto previous = OXMTaskInfo::setProgressHandler(
         [](const OXMTaskInfo& task, float) { const_cast<OXMTaskInfo&>(task).requestAbort(); });
-    Extraction p;
-    p.interval = OXMInterval(0, 65535);
-    EXPECT_FALSE(f.volume->execute(OXM::ExtractGreyvalueInterval, &p));
+    Extraction all;
+    all.interval = OXMInterval(0, 65535);
+    EXPECT_FALSE(f.volume->execute(OXM::ExtractGreyvalueInterval, &all));
     OXMTaskInfo::setProgressHandler(previous);
-    EXPECT_EQ(action->getErrorCode(), OXM::Abort);
-    EXPECT_EQ(p.created, nullptr);
+    EXPECT_EQ(f.volume->getAction(OXM::ExtractGreyvalueInterval)->getErrorCode(), OXM::Abort);
+    EXPECT_EQ(all.created, nullptr);
 }
 
 // Floating-point data are cut by the bins of their histogram; non-finite voxels are in none.

@@ -36,24 +36,15 @@ protected:
         window.show();
     }
     void TearDown() override { OXWFileDialog::clearTestAnswers(); }
-
     // An edit of the 16-bit volume's classification, as the tool makes it.
     void edit(std::vector<int> borders)
     {
         OXWApplication::UserActionScope action(QStringLiteral("Change interval settings"));
         sample.volume16->getMaterial()->setArray(OXM::IntervalIndexList, borders);
     }
-    void answerFileDialog(const QString& path)
+    static void answerFileDialog(const QString& path)
     {
-        OXWFileDialog::TestAnswer answer;
-        answer.fileName = path;
-        OXWFileDialog::queueTestAnswer(answer);
-    }
-    std::vector<int> bordersOf(OXMObject* scene, int volume)
-    {
-        const auto volumes = array<OXMObjectLink>(scene, OXM::VolumeRenderObjectList);
-        auto* v = static_cast<OXMVolumeRenderObject*>(volumes.at(size_t(volume)).getLink());
-        return array<int>(v->getMaterial(), OXM::IntervalIndexList);
+        OXWFileDialog::queueTestAnswer({path, {}});
     }
 
     QTemporaryDir dir;
@@ -87,30 +78,18 @@ TEST_F(DocumentController, SavedAndOpenedAgainTheSceneComesBackUnmodified)
     OXMObject* opened = link(&app, OXM::Scene);
     ASSERT_NE(opened, nullptr);
     EXPECT_NE(opened, sample.scene);
-    EXPECT_EQ(bordersOf(opened, 1), (std::vector<int>{100, 2000, 40000}));
+    const auto volumes = array<OXMObjectLink>(opened, OXM::VolumeRenderObjectList);
+    EXPECT_EQ(array<int>(link(volumes.at(1).getLink(), OXM::ApplicationSampleMaterial),
+                         OXM::IntervalIndexList),
+              (std::vector<int>{100, 2000, 40000}));
     EXPECT_EQ(array<OXMObjectPath>(&app, OXM::RenderObjectSelectionList).size(), 1u);
     EXPECT_EQ(app.undoStack()->count(), 0);
     EXPECT_FALSE(window.isWindowModified());
 }
 
-TEST_F(DocumentController, ClosingWithUnsavedChangesAsksAndCancelKeepsTheWindow)
-{
-    edit({100, 40000});
-    {
-        OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Cancel)};
-        EXPECT_FALSE(window.close());
-        EXPECT_TRUE(window.isVisible());
-        EXPECT_EQ(answers.pending(), 0u);
-    }
-    {
-        answerFileDialog(dir.filePath("kept.oxwscene"));
-        OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Save)};
-        EXPECT_TRUE(window.close());
-        EXPECT_TRUE(QFile::exists(dir.filePath("kept.oxwscene")));
-    }
-}
-
-TEST_F(DocumentController, ADocumentThatCannotBeOpenedLeavesTheSceneAndSaysWhy)
+// A document that cannot be opened leaves the scene and says why; closing with unsaved changes
+// asks: Cancel keeps the window, Save saves before it closes.
+TEST_F(DocumentController, UnsavedChangesAreKeptThroughAFailedOpenAndAskedForOnClosing)
 {
     const QString path = dir.filePath("broken.oxwscene");
     QFile file(path);
@@ -118,10 +97,22 @@ TEST_F(DocumentController, ADocumentThatCannotBeOpenedLeavesTheSceneAndSaysWhy)
     file.write("{\"format\": \"oxm-objects\"");
     file.close();
     edit({100, 40000});
-    OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Ok)};
-    EXPECT_FALSE(controller->open(path));
-    ASSERT_EQ(answers.texts.size(), 1);
-    EXPECT_TRUE(answers.texts[0].contains(path)) << answers.texts[0].toStdString();
+    {
+        OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Ok)};
+        EXPECT_FALSE(controller->open(path));
+        ASSERT_EQ(answers.texts.size(), 1);
+        EXPECT_TRUE(answers.texts[0].contains(path)) << answers.texts[0].toStdString();
+    }
     EXPECT_EQ(link(&app, OXM::Scene), sample.scene);
     EXPECT_TRUE(window.isWindowModified());
+    {
+        OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Cancel)};
+        EXPECT_FALSE(window.close());
+        EXPECT_TRUE(window.isVisible());
+        EXPECT_EQ(answers.pending(), 0u);
+    }
+    answerFileDialog(dir.filePath("kept.oxwscene"));
+    OXWModalAnswers answers{OXWModalAnswers::button(QMessageBox::Save)};
+    EXPECT_TRUE(window.close());
+    EXPECT_TRUE(QFile::exists(dir.filePath("kept.oxwscene")));
 }

@@ -20,17 +20,15 @@ namespace {
 
 constexpr int Size = 16;
 
-struct Fixture
+// A sample scene with a region "Bone" of every second voxel of the 16-bit volume, in a tree;
+// objects records currentObjectChanged (OXMObject* is no registered meta type; a direct
+// connection needs none).
+class SceneTree : public ::testing::Test
 {
-    OXWApplication app;
-    OXWSampleScene::Result sample;
-    OXMRegionOfInterest* roi = nullptr;
-
-    Fixture()
+protected:
+    SceneTree()
     {
         OXWSampleScene::build(&app, Size, sample);
-        // A region of the 16-bit volume.
-        roi = new OXMRegionOfInterest;
         roi->setValue<const char*>(OXM::Name, "Bone");
         std::vector<std::uint8_t> mask(std::size_t(Size) * Size * Size, 0);
         for (std::size_t i = 0; i < mask.size(); i += 2)
@@ -38,8 +36,10 @@ struct Fixture
         roi->setMask(mask);
         sample.volume16->appendLink(OXM::RegionOfInterestList, OXMObjectLink(roi));
         roi->execute(OXM::Init);
+        tree.setApplication(&app);
+        QObject::connect(&tree, &OXWSceneTreeView::currentObjectChanged,
+                         [this](OXMObject* o) { objects.push_back(o); });
     }
-
     std::vector<OXMObjectPath> volumes() const
     {
         return array<OXMObjectPath>(&app, OXM::RenderObjectSelectionList);
@@ -48,163 +48,113 @@ struct Fixture
     {
         return array<OXMObjectPath>(&app, OXM::RegionOfInterestSelectionList);
     }
-};
 
-// Records currentObjectChanged (OXMObject* is no registered meta type; a direct connection
-// needs none).
-struct CurrentSpy
-{
+    OXWApplication app;
+    OXWSampleScene::Result sample;
+    OXMRegionOfInterest* roi = new OXMRegionOfInterest;
+    OXWSceneTreeView tree;
     std::vector<OXMObject*> objects;
-    explicit CurrentSpy(OXWSceneTreeView& tree)
-    {
-        QObject::connect(&tree, &OXWSceneTreeView::currentObjectChanged,
-                         [this](OXMObject* o) { objects.push_back(o); });
-    }
-    int count() const { return int(objects.size()); }
 };
 
 } // namespace
 
-TEST(OXWSceneTreeView, ListsVolumesAndTheirRegions)
+// The tree lists the volumes and their regions and selects nothing; a click on the 8-bit
+// volume and a ctrl-click on the region write both selection lists, as view state (no step).
+TEST_F(SceneTree, ListsTheSceneAndClicksWriteBothSelectionLists)
 {
-    Fixture f;
-    OXWSceneTreeView tree;
-    tree.setApplication(&f.app);
-    EXPECT_EQ(tree.getScene(), f.sample.scene);
+    EXPECT_EQ(tree.getScene(), sample.scene);
     EXPECT_EQ(tree.selectionMode(), QAbstractItemView::ExtendedSelection);
     ASSERT_EQ(tree.topLevelItemCount(), 2);
-    EXPECT_EQ(tree.topLevelItem(0)->text(0), QStringLiteral("Phantom 8-bit"));
     EXPECT_EQ(tree.topLevelItem(1)->text(0), QStringLiteral("Phantom 16-bit"));
     EXPECT_EQ(tree.topLevelItem(0)->childCount(), 0);
     ASSERT_EQ(tree.topLevelItem(1)->childCount(), 1);
     EXPECT_EQ(tree.topLevelItem(1)->child(0)->text(0), QStringLiteral("Bone"));
-    EXPECT_EQ(tree.objectForItem(tree.topLevelItem(1)->child(0)), f.roi);
-    EXPECT_EQ(tree.itemForObject(f.sample.volume8), tree.topLevelItem(0));
-    // Building the tree selects nothing.
-    EXPECT_TRUE(f.volumes().empty());
-    EXPECT_TRUE(f.regions().empty());
-}
+    QTreeWidgetItem* volumeItem = tree.itemForObject(sample.volume8);
+    QTreeWidgetItem* regionItem = tree.itemForObject(roi);
+    EXPECT_EQ(volumeItem, tree.topLevelItem(0));
+    EXPECT_EQ(tree.objectForItem(regionItem), roi);
+    EXPECT_TRUE(volumes().empty());
+    EXPECT_TRUE(regions().empty());
 
-TEST(OXWSceneTreeView, SelectingTwoItemsWritesBothListsWithoutUndoStep)
-{
-    Fixture f;
-    OXWSceneTreeView tree;
-    tree.setApplication(&f.app);
-    CurrentSpy current(tree);
-
-    // Click the 8-bit volume, ctrl-click the region.
     tree.show();
     ASSERT_TRUE(QTest::qWaitForWindowExposed(&tree));
-    QTreeWidgetItem* volumeItem = tree.itemForObject(f.sample.volume8);
-    QTreeWidgetItem* regionItem = tree.itemForObject(f.roi);
-    ASSERT_NE(volumeItem, nullptr);
-    ASSERT_NE(regionItem, nullptr);
     QTest::mouseClick(tree.viewport(), Qt::LeftButton, Qt::NoModifier,
                       tree.visualItemRect(volumeItem).center());
     QTest::mouseClick(tree.viewport(), Qt::LeftButton, Qt::ControlModifier,
                       tree.visualItemRect(regionItem).center());
-
-    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{f.sample.volume8, f.roi}));
-    const std::vector<OXMObjectPath> volumes = f.volumes();
-    const std::vector<OXMObjectPath> regions = f.regions();
-    ASSERT_EQ(volumes.size(), 1u);
-    ASSERT_EQ(regions.size(), 1u);
-    EXPECT_EQ(volumes[0], OXMObjectPath::fromObject(f.sample.volume8));
-    EXPECT_EQ(volumes[0].getLink(0), f.sample.scene);
-    EXPECT_EQ(volumes[0].getLink(-1), f.sample.volume8);
-    EXPECT_EQ(regions[0], OXMObjectPath::fromObject(f.roi));
-    EXPECT_EQ(regions[0].getPathDepth(), 3);
-    EXPECT_EQ(regions[0].getLink(1), f.sample.volume16);
-    EXPECT_EQ(regions[0].getLink(-1), f.roi);
-    EXPECT_EQ(regions[0].getPathElement(-1).getPropertyID(), OXM::RegionOfInterestList);
-
+    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{sample.volume8, roi}));
+    const std::vector<OXMObjectPath> volume = volumes();
+    const std::vector<OXMObjectPath> region = regions();
+    ASSERT_EQ(volume.size(), 1u);
+    ASSERT_EQ(region.size(), 1u);
+    EXPECT_EQ(volume[0], OXMObjectPath::fromObject(sample.volume8));
+    EXPECT_EQ(volume[0].getLink(0), sample.scene);
+    EXPECT_EQ(region[0], OXMObjectPath::fromObject(roi));
+    EXPECT_EQ(region[0].getPathDepth(), 3);
+    EXPECT_EQ(region[0].getLink(1), sample.volume16);
+    EXPECT_EQ(region[0].getLink(-1), roi);
+    EXPECT_EQ(region[0].getPathElement(-1).getPropertyID(), OXM::RegionOfInterestList);
     // Selection is view state: no undo step.
-    EXPECT_EQ(f.app.undoStack()->count(), 0);
-    EXPECT_FALSE(f.app.isUserActionOpen());
+    EXPECT_EQ(app.undoStack()->count(), 0);
+    EXPECT_FALSE(app.isUserActionOpen());
     // The first selected object is the one to show.
-    ASSERT_EQ(current.count(), 1);
-    EXPECT_EQ(current.objects.at(0), f.sample.volume8);
-    EXPECT_EQ(tree.getCurrentObject(), f.sample.volume8);
-
+    ASSERT_EQ(int(objects.size()), 1);
+    EXPECT_EQ(objects.at(0), sample.volume8);
+    EXPECT_EQ(tree.getCurrentObject(), sample.volume8);
     // Ctrl-click the volume again: only the region stays, and it becomes the current object.
     QTest::mouseClick(tree.viewport(), Qt::LeftButton, Qt::ControlModifier,
                       tree.visualItemRect(volumeItem).center());
-    EXPECT_TRUE(f.volumes().empty());
-    EXPECT_EQ(f.regions().size(), 1u);
-    ASSERT_EQ(current.count(), 2);
-    EXPECT_EQ(tree.getCurrentObject(), f.roi);
-    EXPECT_EQ(f.app.undoStack()->count(), 0);
+    EXPECT_TRUE(volumes().empty());
+    EXPECT_EQ(regions().size(), 1u);
+    ASSERT_EQ(int(objects.size()), 2);
+    EXPECT_EQ(tree.getCurrentObject(), roi);
+    EXPECT_EQ(app.undoStack()->count(), 0);
 }
 
-TEST(OXWSceneTreeView, SelectObjectSelectsExactlyOneItem)
+TEST_F(SceneTree, FollowsNamesNewVolumesAndRemovedObjects)
 {
-    Fixture f;
-    OXWSceneTreeView tree;
-    tree.setApplication(&f.app);
-    CurrentSpy current(tree);
-    ASSERT_TRUE(tree.selectObject(f.sample.volume16));
-    EXPECT_EQ(f.volumes(),
-              (std::vector<OXMObjectPath>{OXMObjectPath::fromObject(f.sample.volume16)}));
-    EXPECT_TRUE(f.regions().empty());
-    ASSERT_EQ(current.count(), 1);
-    EXPECT_EQ(tree.getCurrentObject(), f.sample.volume16);
+    ASSERT_TRUE(tree.selectObject(roi));
 
-    ASSERT_TRUE(tree.selectObject(f.roi));
-    EXPECT_TRUE(f.volumes().empty());
-    EXPECT_EQ(f.regions(), (std::vector<OXMObjectPath>{OXMObjectPath::fromObject(f.roi)}));
-    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{f.roi}));
+    ASSERT_TRUE(roi->setValue<const char*>(OXM::Name, "Insert"));
+    ASSERT_TRUE(waitFor(
+        [&] { return tree.itemForObject(roi) && tree.itemForObject(roi)->text(0) == "Insert"; }));
+    // The selection survives the rebuild.
+    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{roi}));
 
+    ASSERT_NE(OXWSampleScene::build(&app, 4), nullptr);
+    ASSERT_TRUE(waitFor([&] { return tree.topLevelItemCount() == 4; }));
+    // The region goes: its item and its selection entry go.
+    objects.clear();
+    ASSERT_TRUE(setArray<OXMObjectLink>(sample.volume16, OXM::RegionOfInterestList, {}));
+    ASSERT_TRUE(waitFor([&] { return tree.topLevelItem(1)->childCount() == 0; }));
+    EXPECT_TRUE(regions().empty());
+    EXPECT_EQ(int(objects.size()), 1);
+    EXPECT_EQ(tree.getCurrentObject(), nullptr);
+    EXPECT_EQ(app.undoStack()->count(), 0);
+}
+
+// selectObject selects exactly one item (a stranger none, null clears); a tool that selects
+// what it made, or an undo, writes the lists: the tree shows it. None of it is an undo step.
+TEST_F(SceneTree, SelectsOneObjectAndFollowsTheListsWrittenElsewhere)
+{
+    ASSERT_TRUE(tree.selectObject(sample.volume16));
+    EXPECT_EQ(volumes(), (std::vector<OXMObjectPath>{OXMObjectPath::fromObject(sample.volume16)}));
+    EXPECT_TRUE(regions().empty());
+    EXPECT_EQ(objects, (std::vector<OXMObject*>{sample.volume16}));
     OXMObjectPtr stranger(new OXMRegionOfInterest);
     EXPECT_FALSE(tree.selectObject(stranger.get()));
-    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{f.roi}));
+    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{sample.volume16}));
+
+    ASSERT_TRUE(setArray<OXMObjectPath>(&app, OXM::RenderObjectSelectionList, {}));
+    ASSERT_TRUE(setArray(&app, OXM::RegionOfInterestSelectionList,
+                         std::vector<OXMObjectPath>{OXMObjectPath::fromObject(roi)}));
+    ASSERT_TRUE(waitFor([&] { return tree.getCurrentObject() == roi; }));
+    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{roi}));
+    EXPECT_EQ(tree.currentItem(), tree.itemForObject(roi));
+    EXPECT_EQ(int(objects.size()), 2);
 
     ASSERT_TRUE(tree.selectObject(nullptr));
-    EXPECT_TRUE(f.regions().empty());
+    EXPECT_TRUE(regions().empty());
     EXPECT_EQ(tree.getCurrentObject(), nullptr);
-    EXPECT_EQ(f.app.undoStack()->count(), 0);
-}
-
-TEST(OXWSceneTreeView, FollowsNamesNewVolumesAndRemovedObjects)
-{
-    Fixture f;
-    OXWSceneTreeView tree;
-    tree.setApplication(&f.app);
-    ASSERT_TRUE(tree.selectObject(f.roi));
-
-    ASSERT_TRUE(f.roi->setValue<const char*>(OXM::Name, "Insert"));
-    ASSERT_TRUE(waitFor([&] {
-        return tree.itemForObject(f.roi) && tree.itemForObject(f.roi)->text(0) == "Insert";
-    }));
-    // The selection survives the rebuild.
-    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{f.roi}));
-
-    ASSERT_NE(OXWSampleScene::build(&f.app, 4), nullptr);
-    ASSERT_TRUE(waitFor([&] { return tree.topLevelItemCount() == 4; }));
-
-    // The region goes: its item and its selection entry go.
-    CurrentSpy current(tree);
-    ASSERT_TRUE(setArray<OXMObjectLink>(f.sample.volume16, OXM::RegionOfInterestList, {}));
-    ASSERT_TRUE(waitFor([&] { return tree.topLevelItem(1)->childCount() == 0; }));
-    EXPECT_TRUE(f.regions().empty());
-    EXPECT_EQ(current.count(), 1);
-    EXPECT_EQ(tree.getCurrentObject(), nullptr);
-    EXPECT_EQ(f.app.undoStack()->count(), 0);
-}
-
-// A tool that selects what it made, or an undo, writes the lists: the tree shows it.
-TEST(OXWSceneTreeView, FollowsTheSelectionListsWrittenElsewhere)
-{
-    Fixture f;
-    OXWSceneTreeView tree;
-    tree.setApplication(&f.app);
-    ASSERT_TRUE(tree.selectObject(f.sample.volume16));
-    CurrentSpy current(tree);
-    ASSERT_TRUE(setArray<OXMObjectPath>(&f.app, OXM::RenderObjectSelectionList, {}));
-    ASSERT_TRUE(setArray(&f.app, OXM::RegionOfInterestSelectionList,
-                         std::vector<OXMObjectPath>{OXMObjectPath::fromObject(f.roi)}));
-    ASSERT_TRUE(waitFor([&] { return tree.getCurrentObject() == f.roi; }));
-    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{f.roi}));
-    EXPECT_EQ(tree.currentItem(), tree.itemForObject(f.roi));
-    EXPECT_EQ(current.objects, (std::vector<OXMObject*>{f.roi}));
-    EXPECT_EQ(f.regions(), (std::vector<OXMObjectPath>{OXMObjectPath::fromObject(f.roi)}));
+    EXPECT_EQ(app.undoStack()->count(), 0);
 }
