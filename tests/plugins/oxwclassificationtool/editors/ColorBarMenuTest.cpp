@@ -1,216 +1,193 @@
-// The context menu and the colour operations behind it: enabled items per hit kind, the
-// process-wide colour clipboard, handle, segment and interval colours, and the colour dialogs
-// with their backup.
+// The context menu and the operations behind it: enabled items per hit kind, the named colours,
+// the process-wide colour clipboard, the colour dialogs with their backup, and colour table
+// import and export (the file dialog answered through its test seam; the formats themselves
+// are tested with OXWLUTColorTableFile).
 
 #include "ColorBarTestSupport.h"
+
+#include <QFile>
+
+#include <sys/stat.h>
+#include <tuple>
 
 using namespace colorbartest;
 
 namespace {
 
+// White with handles on columns 0, 85, 170 and 255.
 class ColorBarMenu : public ColorBarTest
 {
 protected:
     void SetUp() override
     {
         ColorBarTest::SetUp();
-        // White with handles on columns 0, 85, 170, 255.
         setColourCurves(interval(),
                         {{0.0f, 255.5f}, {1.0f / 3, 255.5f}, {2.0f / 3, 255.5f}, {1.0f, 255.5f}});
         bar->updateAll();
     }
 
-    void expectEnabled(bool insert, bool remove, bool handleColour, bool segmentColour)
+    bool enabled(const char* item) const { return menuItem(item)->isEnabled(); }
+    float value(int channel, int k) { return interval().handles(channel)[k].y; }
+
+    // Runs an import or export of the first interval with the file dialog answering a file
+    // (none: cancelled).
+    void run(void (TestBar::*slot)(), const QString& name, const QString& filter)
     {
-        EXPECT_EQ(menuItem(*bar, "Insert handle")->isEnabled(), insert);
-        EXPECT_EQ(menuItem(*bar, "Delete handle")->isEnabled(), remove);
-        EXPECT_EQ(menuItem(*bar, "Set handle color")->isEnabled(), handleColour);
-        EXPECT_EQ(menuItem(*bar, "Set color between handles")->isEnabled(), segmentColour);
-        EXPECT_TRUE(menuItem(*bar, "Set interval color")->isEnabled());
-        EXPECT_TRUE(menuItem(*bar, "Copy interval color")->isEnabled());
-        EXPECT_TRUE(menuItem(*bar, "Import interval color...")->isEnabled());
-        EXPECT_TRUE(menuItem(*bar, "Export interval color...")->isEnabled());
+        bar->hit(60);
+        OXWFileDialog::queueTestAnswer(
+            {name.isEmpty() || name.startsWith('/') ? name : path(name), filter});
+        (bar.get()->*slot)();
+        EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 0);
     }
 
-    void closeMenu(int column)
+    bool write(const QString& name, const QByteArray& bytes)
     {
-        bar->contextMenu()->hide();
-        release(*bar, column, Qt::RightButton);
+        QFile file(path(name));
+        return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
     }
 };
 
 } // namespace
 
-TEST_F(ColorBarMenu, HasTheItemsInOrder)
-{
-    QStringList texts;
-    for (QAction* action : bar->contextMenu()->actions()) {
-        texts << (action->isSeparator() ? QStringLiteral("-") : action->text());
-    }
-    EXPECT_EQ(texts, QStringList({"Insert handle", "Delete handle", "-", "Set handle color",
-                                  "Set color between handles", "Set interval color", "-",
-                                  "Copy interval color", "Paste interval color", "-",
-                                  "Import interval color...", "Export interval color...", "-"}));
-    QMenu* submenu = menuItem(*bar, "Set interval color")->menu();
-    ASSERT_NE(submenu, nullptr);
-    QStringList items;
-    for (QAction* action : submenu->actions()) {
-        items << (action->isSeparator() ? QStringLiteral("-") : action->text());
-        if (!action->isSeparator() && action->text() != "Custom color...") {
-            EXPECT_EQ(action->icon().availableSizes().value(0), QSize(14, 14));
-        }
-    }
-    EXPECT_EQ(items, QStringList({"Custom color...", "-", "white", "black", "red", "green", "blue",
-                                  "cyan", "magenta", "yellow"}));
-    // The icons show the named colours.
-    const QImage red = submenu->actions()[4]->icon().pixmap(14, 14).toImage();
-    EXPECT_EQ(QColor(red.pixel(7, 7)), QColor(Qt::red));
-}
-
 TEST_F(ColorBarMenu, EnabledItemsFollowTheHitKind)
 {
-    rightClickMenu(*bar, 86);
-    ASSERT_EQ(bar->hitKind(), OXWLUTColorBar::HitHandle);
-    expectEnabled(false, true, true, false);
-    closeMenu(86);
-
-    rightClickMenu(*bar, 128);
-    ASSERT_EQ(bar->hitKind(), OXWLUTColorBar::HitSegment);
-    expectEnabled(true, false, false, true);
-    closeMenu(128);
+    const struct
+    {
+        int column, hit;
+        bool insert, remove, handleColour, segmentColour;
+    } cases[] = {{86, OXWLUTColorBar::HitHandle, false, true, true, false},
+                 {128, OXWLUTColorBar::HitSegment, true, false, false, true}};
+    for (const auto& c : cases) {
+        rightClickMenu(*bar, c.column);
+        ASSERT_EQ(bar->hitKind(), c.hit);
+        EXPECT_EQ(enabled("Insert handle"), c.insert);
+        EXPECT_EQ(enabled("Delete handle"), c.remove);
+        EXPECT_EQ(enabled("Set handle color"), c.handleColour);
+        EXPECT_EQ(enabled("Set color between handles"), c.segmentColour);
+        EXPECT_FALSE(enabled("Paste interval color"));
+        EXPECT_TRUE(enabled("Copy interval color"));
+        bar->contextMenu()->hide();
+        release(*bar, c.column, Qt::RightButton);
+    }
 }
 
-TEST_F(ColorBarMenu, PasteIsEnabledOnlyAfterACopyInAnyBar)
+// Each named colour of the handle, segment and interval menus sets the colour its icon shows:
+// handles and segments with the added half, the whole interval without it.
+TEST_F(ColorBarMenu, NamedColoursSetTheColourTheirIconShows)
 {
-    rightClickMenu(*bar, 128);
-    EXPECT_FALSE(menuItem(*bar, "Paste interval color")->isEnabled());
-    closeMenu(128);
+    const struct
+    {
+        const char* menu;
+        int column;
+        std::vector<int> handles;
+        float half;
+    } cases[] = {{"Set handle color", 86, {1}, 0.5f},
+                 {"Set color between handles", 128, {1, 2}, 0.5f},
+                 {"Set interval color", 128, {0, 1}, 0.0f}};
+    // The bar shows a segment's colour, its neighbours ramp into it.
+    bar->hit(128);
+    bar->setLineColorRed();
+    EXPECT_EQ(bar->shown(128), QColor(255, 0, 0));
+    EXPECT_GT(bar->shown(40).green(), bar->shown(80).green());
+    for (const auto& c : cases) {
+        int named = 0;
+        for (QAction* action : menuItem(c.menu)->menu()->actions()) {
+            if (action->icon().isNull()) {
+                continue;
+            }
+            ++named;
+            const QColor icon(action->icon().pixmap(14, 14).toImage().pixel(7, 7));
+            bar->hit(c.column);
+            const float x = interval().handles(kRed)[c.handles[0]].x;
+            QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
+            action->trigger();
+            EXPECT_EQ(changed.count(), 1);
+            const std::string item = std::string(c.menu) + " " + action->text().toStdString();
+            for (int k : c.handles) {
+                EXPECT_FLOAT_EQ(value(kRed, k), icon.red() + c.half) << item << " " << k;
+                EXPECT_FLOAT_EQ(value(kGreen, k), icon.green() + c.half) << item << " " << k;
+                EXPECT_FLOAT_EQ(value(kBlue, k), icon.blue() + c.half) << item << " " << k;
+            }
+            EXPECT_EQ(interval().handles(kRed)[c.handles[0]].x, x) << item;
+        }
+        EXPECT_EQ(named, 8) << c.menu;
+    }
+}
 
+// The clipboard is shared by all bars; a paste stretches the colours over the target.
+TEST_F(ColorBarMenu, CopyAndPasteStretchTheColoursOverTheTargetInAnyBar)
+{
     auto otherModel = makeModel();
-    TestBar other(nullptr, "mDiffuseLUTColorBar");
-    other.resize(kColumns + 2 * kFrame, 24);
-    other.show();
-    other.setModel(otherModel.get());
-    other.updateAll();
-    other.hitTest(QPoint(xOf(40), 10));
-    other.copyIntervalColor();
-    EXPECT_EQ(OXWLUTColorBar::clipboard(kRed).size(), 2u);
-
-    rightClickMenu(*bar, 128);
-    EXPECT_TRUE(menuItem(*bar, "Paste interval color")->isEnabled());
-    closeMenu(128);
-}
-
-TEST_F(ColorBarMenu, CopyAndPasteStretchTheColoursOverTheTarget)
-{
-    setColourCurves(interval(), {{0.0f, 0.0f}, {0.5f, 255.0f}, {1.0f, 0.0f}});
-    bar->hitTest(QPoint(xOf(10), 10));
-    bar->copyIntervalColor();
-
+    setColourCurves(*otherModel->interval(0), {{0.0f, 0.0f}, {0.5f, 255.0f}, {1.0f, 0.0f}});
+    auto other = makeBar(otherModel.get(), "mDiffuseLUTColorBar");
+    other->hit(10);
+    other->copyIntervalColor();
     ASSERT_TRUE(model->newInterval(0.75f, false));
-    setColourCurves(interval(1), {{0.0f, 7.0f}, {1.0f, 7.0f}});
     bar->updateAll();
-    QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
-    bar->hitTest(QPoint(xOf(230), 10));
+    rightClickMenu(*bar, 230);
     ASSERT_EQ(bar->currentIntervalIndex(), 1);
-    bar->pasteIntervalColor();
+    EXPECT_TRUE(enabled("Paste interval color"));
+    QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
+    menuItem("Paste interval color")->trigger();
+    bar->contextMenu()->hide();
     EXPECT_EQ(changed.count(), 1);
     ASSERT_EQ(interval(1).handles(kRed).size(), 3u);
     EXPECT_NEAR(interval(1).handles(kRed)[1].x, 0.5f, 0.05f);
     EXPECT_FLOAT_EQ(interval(1).handles(kGreen)[1].y, 255.0f);
 }
 
-TEST_F(ColorBarMenu, ASegmentColourGivesBothHandlesTheColour)
-{
-    rightClickMenu(*bar, 128);
-    ASSERT_EQ(bar->hitKind(), OXWLUTColorBar::HitSegment);
-    ASSERT_EQ(bar->currentHandle(), 1);
-    closeMenu(128);
-    QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
-    bar->setLineColorRed();
-    EXPECT_EQ(changed.count(), 1);
-    const float expected[3] = {255.5f, 0.5f, 0.5f};
-    for (int c = 0; c < 3; ++c) {
-        const HandleList& curve = interval().handles(kColours[c]);
-        ASSERT_EQ(curve.size(), 4u);
-        EXPECT_FLOAT_EQ(curve[1].y, expected[c]);
-        EXPECT_FLOAT_EQ(curve[2].y, expected[c]);
-        EXPECT_FLOAT_EQ(curve[0].y, 255.5f);
-        EXPECT_FLOAT_EQ(curve[3].y, 255.5f);
-    }
-    // The neighbouring segments ramp to red; the segment is flat red.
-    const auto& table = bar->colorTable();
-    EXPECT_EQ(table[128].r, 255);
-    EXPECT_EQ(table[128].g, 0);
-    EXPECT_GT(table[40].g, table[80].g);
-}
+// --- Colour dialogs ---------------------------------------------------------------------------
 
-TEST_F(ColorBarMenu, AHandleColourKeepsThePosition)
+// A dialog starts with the colour of what it colours (white for an interval that is not
+// uniform), highlights it while it is open, and applies the chosen colour. A double click opens
+// the dialog of what it hits.
+TEST_F(ColorBarMenu, DialogsStartWithTheColourAndApplyTheAnswer)
 {
-    bar->hitTest(QPoint(xOf(86), 10));
-    ASSERT_EQ(bar->currentHandle(), 1);
-    const float x = interval().handles(kRed)[1].x;
-    bar->setCurrentPointColor(OXMRGB8(1, 2, 3));
-    EXPECT_FLOAT_EQ(interval().handles(kRed)[1].y, 1.5f);
-    EXPECT_FLOAT_EQ(interval().handles(kGreen)[1].y, 2.5f);
-    EXPECT_FLOAT_EQ(interval().handles(kBlue)[1].y, 3.5f);
-    EXPECT_EQ(interval().handles(kBlue)[1].x, x);
-}
+    bar->hit(86);
+    answer = QColor(100, 150, 200);
+    bar->setPointColor();
+    EXPECT_EQ(dialog.initial, QColor(255, 255, 255));
+    EXPECT_FLOAT_EQ(dialog.highlightStart, model->snapDownToCell(85.5f / 256));
+    EXPECT_FLOAT_EQ(dialog.highlightEnd, model->snapUpToCell(85.5f / 256));
+    EXPECT_FLOAT_EQ(value(kRed, 1), 100.5f);
+    EXPECT_FLOAT_EQ(value(kBlue, 1), 200.5f);
 
-TEST_F(ColorBarMenu, NamedIntervalColoursEmitWithoutTheAddedHalf)
-{
-    bar->hitTest(QPoint(xOf(86), 10));
-    QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
-    bar->setIntervalColorWhite();
-    EXPECT_EQ(changed.count(), 1);
-    for (int channel : kColours) {
-        ASSERT_EQ(interval().handles(channel).size(), 2u);
-        EXPECT_FLOAT_EQ(interval().handles(channel)[0].y, 255.0f);
-    }
-}
+    bar->hit(128);
+    answer = QColor(0, 0, 0);
+    bar->setLineColor();
+    EXPECT_EQ(dialog.initial, QColor(178, 203, 228)); // the mean of the handles, truncated
+    EXPECT_FLOAT_EQ(value(kGreen, 1), 0.5f);
+    EXPECT_FLOAT_EQ(value(kGreen, 2), 0.5f);
 
-TEST_F(ColorBarMenu, OperationsWithoutACurrentIntervalDoNothing)
-{
-    QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
-    bar->insertPoint();
-    bar->deletePoint();
-    bar->setIntervalColorWhite();
-    bar->setLineColorRed();
+    answer = QColor(9, 8, 7);
     bar->setIntervalColor();
-    bar->pasteIntervalColor();
-    EXPECT_EQ(changed.count(), 0);
-    EXPECT_EQ(dialog.calls, 0);
-}
-
-TEST_F(ColorBarMenu, TheIntervalDialogStartsWhiteForARampAndWithTheColourOfAUniformInterval)
-{
-    setColourCurves(interval(), {{0.0f, 0.0f}, {1.0f, 255.0f}});
-    bar->hitTest(QPoint(xOf(128), 10));
-    bar->setIntervalColor();
-    ASSERT_EQ(dialog.calls, 1);
     EXPECT_EQ(dialog.initial, QColor(Qt::white));
-    EXPECT_EQ(dialog.name, QStringLiteral("Interval color"));
-    EXPECT_EQ(dialog.parent, bar.get());
-    // While open, the interval is highlighted.
     EXPECT_FLOAT_EQ(dialog.highlightStart, interval().from());
     EXPECT_FLOAT_EQ(dialog.highlightEnd, interval().to());
-
-    interval().setColour(OXMRGB8(10, 20, 30));
+    EXPECT_EQ(interval().handles(kRed).size(), 2u);
+    EXPECT_FLOAT_EQ(value(kRed, 0), 9.0f);
+    EXPECT_FLOAT_EQ(value(kBlue, 1), 7.0f);
+    EXPECT_EQ(bar->shown(128), QColor(9, 8, 7));
     bar->setIntervalColor();
-    EXPECT_EQ(dialog.initial, QColor(10, 20, 30));
-    // Afterwards nothing is highlighted.
+    EXPECT_EQ(dialog.initial, QColor(9, 8, 7));
     EXPECT_GE(bar->highlightStart(), bar->highlightEnd());
+
+    sendMouse(*bar, QEvent::MouseButtonDblClick, 1);
+    EXPECT_EQ(dialog.calls, 5);
+    EXPECT_NEAR(dialog.highlightEnd - dialog.highlightStart, model->greyStep(), 1e-6);
+    sendMouse(*bar, QEvent::MouseButtonDblClick, 128);
+    EXPECT_EQ(dialog.calls, 6);
+    EXPECT_FLOAT_EQ(dialog.highlightEnd, interval().to());
 }
 
+// Cancelled, the interval gets back what it had when the dialog opened, and the bar reports it.
 TEST_F(ColorBarMenu, CancellingRestoresTheIntervalAndStillEmits)
 {
-    bar->hitTest(QPoint(xOf(86), 10));
+    bar->hit(86);
     const OXWLUTIntervalInfo before(interval());
-    dialog.answer = QColor();
-    dialog.whileOpen = [this] { interval().setColour(OXMRGB8(1, 2, 3)); };
+    whileOpen = [this] { interval().setColour(OXMRGB8(1, 2, 3)); };
     QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
     bar->setPointColor();
-    EXPECT_EQ(dialog.calls, 1);
     EXPECT_EQ(changed.count(), 1);
     for (int channel : kColours) {
         EXPECT_EQ(interval().handles(channel), before.handles(channel)) << channel;
@@ -218,57 +195,71 @@ TEST_F(ColorBarMenu, CancellingRestoresTheIntervalAndStillEmits)
     }
 }
 
-TEST_F(ColorBarMenu, AcceptedDialogsApplyTheColour)
+// --- Colour table files ----------------------------------------------------------------------
+
+// The export dialog offers both formats; the chosen filter decides the format, and its
+// extension is appended unless exactly present. Import and export remember one folder.
+TEST_F(ColorBarMenu, TheChosenFilterDecidesFormatAndExtension)
 {
-    bar->hitTest(QPoint(xOf(86), 10));
-    dialog.answer = QColor(100, 150, 200);
-    bar->setPointColor();
-    EXPECT_EQ(dialog.initial, QColor(255, 255, 255));
-    // The handle's cell is highlighted.
-    EXPECT_FLOAT_EQ(dialog.highlightStart, model->snapDownToCell(85.5f / 256));
-    EXPECT_FLOAT_EQ(dialog.highlightEnd, model->snapUpToCell(85.5f / 256));
-    EXPECT_FLOAT_EQ(interval().handles(kRed)[1].y, 100.5f);
-    EXPECT_FLOAT_EQ(interval().handles(kBlue)[1].y, 200.5f);
-
-    bar->hitTest(QPoint(xOf(128), 10));
-    ASSERT_EQ(bar->hitKind(), OXWLUTColorBar::HitSegment);
-    dialog.answer = QColor(0, 0, 0);
-    bar->setLineColor();
-    // Initial: the mean of the two handles, truncated.
-    EXPECT_EQ(dialog.initial, QColor(178, 203, 228));
-    EXPECT_FLOAT_EQ(interval().handles(kGreen)[1].y, 0.5f);
-    EXPECT_FLOAT_EQ(interval().handles(kGreen)[2].y, 0.5f);
-
-    dialog.answer = QColor(9, 8, 7);
-    bar->setIntervalColor();
-    EXPECT_EQ(interval().handles(kRed).size(), 2u);
-    EXPECT_FLOAT_EQ(interval().handles(kRed)[0].y, 9.0f);
-    EXPECT_FLOAT_EQ(interval().handles(kBlue)[1].y, 7.0f);
+    run(&TestBar::exportIntervalColor, "plain", "*.act");
+    run(&TestBar::exportIntervalColor, "upper.ACT", "*.act");
+    run(&TestBar::exportIntervalColor, "mixed.Act", "*.act");
+    run(&TestBar::exportIntervalColor, "text", "*.lut");
+    run(&TestBar::exportIntervalColor, QString(), "*.lut");
+    const OXWFileDialog::Request request = OXWFileDialog::lastRequest();
+    EXPECT_TRUE(request.save);
+    EXPECT_EQ(request.filters, QStringList({"*.lut", "*.act"}));
+    EXPECT_EQ(QDir(files.path()).entryList(QDir::Files),
+              QStringList({"mixed.Act.act", "plain.act", "text.lut", "upper.ACT"}));
+    for (const char* name : {"plain.act", "upper.ACT", "mixed.Act.act"}) {
+        QFile palette(path(name));
+        EXPECT_EQ(palette.size(), 768) << name;
+    }
+    run(&TestBar::importIntervalColor, QString(), "*.lut");
+    EXPECT_FALSE(OXWFileDialog::lastRequest().save);
+    EXPECT_STREQ(OXWFileDialog::lastRequest().identity.getName(), request.identity.getName());
 }
 
-TEST_F(ColorBarMenu, DoubleClicksOpenTheDialogOfTheHitKind)
+// Every complete table read is reported, also one equal to the curves; the bar shows it.
+TEST_F(ColorBarMenu, AnImportEmitsAfterEveryTableRead)
 {
-    dialog.answer = QColor(); // cancel
-    doubleClick(*bar, 86);
-    EXPECT_EQ(dialog.calls, 1);
-    EXPECT_NEAR(dialog.highlightEnd - dialog.highlightStart, model->greyStep(), 1e-6);
-    doubleClick(*bar, 128);
-    EXPECT_EQ(dialog.calls, 2);
-    EXPECT_FLOAT_EQ(dialog.highlightStart, model->snapDownToCell(85.5f / 256));
+    QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
+    run(&TestBar::importIntervalColor, QString(), "*.lut");
+    EXPECT_EQ(changed.count(), 0);
+    ASSERT_TRUE(write("two.lut", "; Color look up table\n\n0.0 10 20 30\n1.0 110 120 130\n"));
+    run(&TestBar::importIntervalColor, "two.lut", "*.lut");
+    EXPECT_EQ(changed.count(), 1);
+    ASSERT_EQ(interval().handles(kRed).size(), 2u);
+    EXPECT_FLOAT_EQ(interval().handles(kRed)[0].y, 10.0f);
+    EXPECT_FLOAT_EQ(interval().handles(kBlue)[1].y, 130.0f);
+    EXPECT_EQ(bar->shown(0), QColor(10, 20, 30));
+    run(&TestBar::importIntervalColor, "two.lut", "*.lut");
+    EXPECT_EQ(changed.count(), 2);
 }
 
-TEST_F(ColorBarMenu, TheHighlightRunsWhileADialogIsOpen)
+// A refused file changes nothing and says so in one line naming the file and the reason. A
+// pipe is refused at once (it would block the import until ctest's timeout); as root too, so
+// is writing over a directory.
+TEST_F(ColorBarMenu, RefusalsAreOneLineNamingTheFileAndTheReason)
 {
-    bar->hitTest(QPoint(xOf(128), 10));
-    int phaseBefore = -1;
-    int phaseAfter = -1;
-    dialog.whileOpen = [&] {
-        phaseBefore = OXWLUTColorBar::highlightPhase();
-        QTest::qWait(350);
-        phaseAfter = OXWLUTColorBar::highlightPhase();
-    };
-    bar->setIntervalColor();
-    EXPECT_NE(phaseBefore, phaseAfter);
-    // The timer is gone with the dialog.
-    EXPECT_TRUE(bar->findChildren<QTimer*>().isEmpty());
+    ASSERT_EQ(::mkfifo(QFile::encodeName(path("pipe.lut")).constData(), 0600), 0);
+    ASSERT_TRUE(write("short.act", QByteArray(767, '\x40')));
+    ASSERT_TRUE(QDir(files.path()).mkdir("folder.lut"));
+    const std::tuple<QString, const char*, void (TestBar::*)(), QString> cases[] = {
+        {path("pipe.lut"), "*.lut", &TestBar::importIntervalColor, "not a regular file"},
+        {path("short.act"), "*.act", &TestBar::importIntervalColor, "no complete colour table"},
+        {path("folder.lut"), "*.lut", &TestBar::exportIntervalColor, "cannot write: "}};
+    const OXWLUTIntervalInfo before(interval());
+    QSignalSpy changed(bar.get(), &OXWLUTColorBar::objectColorChanged);
+    for (const auto& [file, filter, slot, reason] : cases) {
+        errors.clear();
+        run(slot, file, filter);
+        ASSERT_EQ(errors.size(), 1) << file.toStdString();
+        EXPECT_TRUE(errors[0].startsWith(file + ": " + reason)) << errors[0].toStdString();
+    }
+    EXPECT_EQ(changed.count(), 0);
+    for (int channel : kColours) {
+        EXPECT_EQ(interval().handles(channel), before.handles(channel));
+        EXPECT_EQ(interval().referenceHandles(channel), before.referenceHandles(channel));
+    }
 }

@@ -8,10 +8,10 @@
 #include "OXWLUTIntervalInfo.h"
 #include "OXWLUTObjectInfo.h"
 
+#include <OXMError.h>
 #include <OXWApplication.h>
 #include <OXWFileDialog.h>
 
-#include <QAction>
 #include <QApplication>
 #include <QContextMenuEvent>
 #include <QMenu>
@@ -19,15 +19,12 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
-#include <QTest>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <memory>
 #include <ostream>
-#include <vector>
 
 inline void PrintTo(const OXMVector2<float>& h, std::ostream* os)
 {
@@ -36,36 +33,23 @@ inline void PrintTo(const OXMVector2<float>& h, std::ostream* os)
 
 namespace colorbartest {
 
-using Handle = OXWLUTIntervalInfo::Handle;
-using HandleList = OXWLUTIntervalInfo::HandleList;
-
 constexpr int kRed = OXWLUTIntervalInfo::RedChannel;
 constexpr int kGreen = OXWLUTIntervalInfo::GreenChannel;
 constexpr int kBlue = OXWLUTIntervalInfo::BlueChannel;
 constexpr int kColours[] = {kRed, kGreen, kBlue};
-
-// The frame's line width: the contents (and column 0) start this many pixels in.
-constexpr int kFrame = 2;
+constexpr int kFrame = 2; // the frame's line width: column 0 is this many pixels in
 constexpr int kColumns = 256;
-constexpr int kCells = 256;
 
 class TestBar : public OXWLUTColorBar
 {
 public:
-    using OXWLUTColorBar::computeColorTable;
     using OXWLUTColorBar::copyIntervalColor;
     using OXWLUTColorBar::deletePoint;
     using OXWLUTColorBar::exportIntervalColor;
-    using OXWLUTColorBar::hitTest;
     using OXWLUTColorBar::importIntervalColor;
     using OXWLUTColorBar::insertPoint;
     using OXWLUTColorBar::OXWLUTColorBar;
-    using OXWLUTColorBar::paintHighlightBorder;
     using OXWLUTColorBar::pasteIntervalColor;
-    using OXWLUTColorBar::rebuildPixmap;
-    using OXWLUTColorBar::setCurrentIntervalColor;
-    using OXWLUTColorBar::setCurrentLineColor;
-    using OXWLUTColorBar::setCurrentPointColor;
     using OXWLUTColorBar::setIntervalColor;
     using OXWLUTColorBar::setIntervalColorWhite;
     using OXWLUTColorBar::setLineColor;
@@ -73,144 +57,144 @@ public:
     using OXWLUTColorBar::setPointColor;
     using OXWLUTColorBar::valueBox;
     using OXWLUTColorBar::valueText;
+
+    void hit(int column) { hitTest(QPoint(column + kFrame, 10)); }
+    // The colour of a column, in the table and in the pixmap.
+    QColor shown(int column) const
+    {
+        const Colour& c = colorTable()[std::size_t(column)];
+        return QColor(c.r, c.g, c.b);
+    }
+    QColor pixel(int column, int row) const
+    {
+        return QColor(pixmap().toImage().pixel(column, row));
+    }
 };
 
-// A model of kCells grey values 0 .. 255 (calibrated alike) with one interval over the axis.
-inline std::unique_ptr<OXWLUTObjectInfo> makeModel(int cells = kCells)
+// A model of `cells` grey values 0 .. cells-1 (calibrated alike) with one interval.
+inline std::unique_ptr<OXWLUTObjectInfo> makeModel(int cells = kColumns)
 {
     return std::make_unique<OXWLUTObjectInfo>(-0.5f, float(cells) - 0.5f, 0.0f, 1.0f, float(cells),
                                               0.0f, float(cells) - 1.0f);
 }
 
 // Gives all three colour curves of an interval the same reference handles.
-inline void setColourCurves(OXWLUTIntervalInfo& interval, const HandleList& handles)
+inline void setColourCurves(OXWLUTIntervalInfo& interval, const OXWLUTIntervalInfo::HandleList& h)
 {
     for (int channel : kColours) {
-        interval.setReferenceHandles(channel, handles);
+        interval.setReferenceHandles(channel, h);
     }
 }
 
-// Widget x of a column.
-inline int xOf(int column)
-{
-    return column + kFrame;
-}
-
-inline void sendMouse(QWidget& w, QEvent::Type type, Qt::MouseButton button, int column,
+// A mouse event at a column of the bar (row 10); a release holds no button.
+inline void sendMouse(QWidget& w, QEvent::Type type, int column,
+                      Qt::MouseButton button = Qt::LeftButton,
                       Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
-    const QPoint pos(xOf(column), 10);
-    const Qt::MouseButtons buttons = type == QEvent::MouseButtonRelease ? Qt::NoButton : button;
-    QMouseEvent event(type, pos, w.mapToGlobal(pos), button, buttons, modifiers);
+    const QPoint pos(column + kFrame, 10);
+    const bool move = type == QEvent::MouseMove;
+    QMouseEvent event(type, pos, w.mapToGlobal(pos), move ? Qt::NoButton : button,
+                      type == QEvent::MouseButtonRelease ? Qt::NoButton : button, modifiers);
     QApplication::sendEvent(&w, &event);
 }
 
 inline void press(QWidget& w, int column, Qt::MouseButton button = Qt::LeftButton,
                   Qt::KeyboardModifiers modifiers = Qt::NoModifier)
 {
-    sendMouse(w, QEvent::MouseButtonPress, button, column, modifiers);
+    sendMouse(w, QEvent::MouseButtonPress, column, button, modifiers);
 }
 
 inline void release(QWidget& w, int column, Qt::MouseButton button = Qt::LeftButton)
 {
-    sendMouse(w, QEvent::MouseButtonRelease, button, column);
+    sendMouse(w, QEvent::MouseButtonRelease, column, button);
 }
 
 inline void moveTo(QWidget& w, int column, Qt::MouseButton held = Qt::NoButton)
 {
-    const QPoint pos(xOf(column), 10);
-    QMouseEvent event(QEvent::MouseMove, pos, w.mapToGlobal(pos), Qt::NoButton, held,
-                      Qt::NoModifier);
-    QApplication::sendEvent(&w, &event);
-}
-
-inline void doubleClick(QWidget& w, int column)
-{
-    sendMouse(w, QEvent::MouseButtonDblClick, Qt::LeftButton, column);
+    sendMouse(w, QEvent::MouseMove, column, held);
 }
 
 // The context menu as a right click at a column opens it: press, then the menu event.
 inline void rightClickMenu(QWidget& w, int column)
 {
     press(w, column, Qt::RightButton);
-    const QPoint pos(xOf(column), 10);
+    const QPoint pos(column + kFrame, 10);
     QContextMenuEvent event(QContextMenuEvent::Mouse, pos, w.mapToGlobal(pos));
     QApplication::sendEvent(&w, &event);
 }
 
-// A menu item by its text (submenus included by their title), or null.
-inline QAction* menuItem(const OXWLUTColorBar& bar, const QString& text)
-{
-    for (QAction* action : bar.contextMenu()->actions()) {
-        if (action->text() == text) {
-            return action;
-        }
-    }
-    return nullptr;
-}
-
-// What the colour dialog hook saw, and what it answers.
-struct DialogScript
-{
-    int calls = 0;
-    QColor initial;
-    QString name;
-    QWidget* parent = nullptr;
-    float highlightStart = 0.0f;
-    float highlightEnd = 0.0f;
-    QColor answer; // invalid: cancel
-    std::function<void()> whileOpen;
-};
-
 // A bar of 256 columns with a model of 256 cells, an application for user actions, settings
-// and files in temporary directories, and a scripted colour dialog.
+// and files in temporary directories, the lines of the host's error channel, and a colour
+// dialog hook that records what it saw and answers `answer` (invalid: cancel).
 class ColorBarTest : public testing::Test
 {
 protected:
     void SetUp() override
     {
-        ASSERT_TRUE(settingsDir.isValid());
-        ASSERT_TRUE(files.isValid());
+        ASSERT_TRUE(settingsDir.isValid() && files.isValid());
         QSettings::setPath(QSettings::IniFormat, QSettings::UserScope, settingsDir.path());
         OXWFileDialog::clearTestAnswers();
         OXWLUTColorBar::clearClipboard();
-        OXWLUTColorBar::setColorDialogHook(
-            [this](const QColor& initial, QWidget* parent, const QString& name) {
-                ++dialog.calls;
-                dialog.initial = initial;
-                dialog.name = name;
-                dialog.parent = parent;
-                dialog.highlightStart = bar->highlightStart();
-                dialog.highlightEnd = bar->highlightEnd();
-                if (dialog.whileOpen) {
-                    dialog.whileOpen();
-                }
-                return dialog.answer;
-            });
-        model = makeModel();
-        bar = std::make_unique<TestBar>(nullptr, "mAmbientLUTColorBar");
-        bar->resize(kColumns + 2 * kFrame, 24);
-        bar->show();
-        bar->setModel(model.get());
-        bar->updateAll();
+        OXWLUTColorBar::setColorDialogHook([this](const QColor& initial, QWidget*, const QString&) {
+            dialog = {dialog.calls + 1, initial, bar->highlightStart(), bar->highlightEnd()};
+            if (whileOpen) {
+                whileOpen();
+            }
+            return answer;
+        });
+        bar = makeBar(model.get(), "mAmbientLUTColorBar");
+        errorHandler =
+            OXMError::addHandler([this](const OXMError::Message& m) { errors << m.getText(); });
     }
 
     void TearDown() override
     {
+        OXMError::removeHandler(errorHandler);
         bar.reset();
         OXWLUTColorBar::setColorDialogHook({});
         OXWLUTColorBar::clearClipboard();
         OXWFileDialog::clearTestAnswers();
     }
 
+    static std::unique_ptr<TestBar> makeBar(OXWLUTObjectInfo* model, const char* name)
+    {
+        auto bar = std::make_unique<TestBar>(nullptr, name);
+        bar->resize(kColumns + 2 * kFrame, 24);
+        bar->show();
+        bar->setModel(model);
+        bar->updateAll();
+        return bar;
+    }
+
     OXWLUTIntervalInfo& interval(int i = 0) { return *model->interval(i); }
     QString path(const QString& name) const { return files.filePath(name); }
+    // A menu item by its text (submenus by their title).
+    QAction* menuItem(const QString& text) const
+    {
+        for (QAction* action : bar->contextMenu()->actions()) {
+            if (action->text() == text) {
+                return action;
+            }
+        }
+        return nullptr;
+    }
+
+    struct
+    {
+        int calls = 0;
+        QColor initial;
+        float highlightStart = 0.0f;
+        float highlightEnd = 0.0f;
+    } dialog;
+    QColor answer;
+    std::function<void()> whileOpen;
+    QStringList errors;
+    int errorHandler = 0;
 
     QTemporaryDir settingsDir;
     QTemporaryDir files;
     OXWApplication app;
-    DialogScript dialog;
-    std::unique_ptr<OXWLUTObjectInfo> model;
+    std::unique_ptr<OXWLUTObjectInfo> model = makeModel();
     std::unique_ptr<TestBar> bar;
 };
 

@@ -19,42 +19,25 @@
 
 #include <QApplication>
 #include <QContextMenuEvent>
-#include <QEvent>
-#include <QImage>
 #include <QMenu>
 #include <QMouseEvent>
-#include <QWidget>
 #include <QtTest/QTest>
 
+#include <map>
 #include <memory>
 #include <vector>
 
 namespace workarea_test {
 
-// The grandparent of the work area: its event filter, as the tool panel is.
 class PanelStub : public QWidget
 {
 public:
-    int mousePresses = 0;
-    int mouseMoves = 0;
-    int mouseReleases = 0;
+    std::map<QEvent::Type, int> seen;
 
 protected:
     bool eventFilter(QObject* watched, QEvent* event) override
     {
-        switch (event->type()) {
-        case QEvent::MouseButtonPress:
-            ++mousePresses;
-            break;
-        case QEvent::MouseMove:
-            ++mouseMoves;
-            break;
-        case QEvent::MouseButtonRelease:
-            ++mouseReleases;
-            break;
-        default:
-            break;
-        }
+        ++seen[event->type()];
         return QWidget::eventFilter(watched, event);
     }
 };
@@ -63,8 +46,8 @@ class WorkAreaFixture
 {
 public:
     // A model of `cells` grey values (one interval), a histogram of `cells` equal bins and a
-    // widget whose contents rectangle is contentsWidth x contentsHeight pixels.
-    explicit WorkAreaFixture(int cells = 16, int contentsWidth = 160, int contentsHeight = 100)
+    // widget whose contents rectangle (inside a frame of 2 pixels) is width x height pixels.
+    explicit WorkAreaFixture(int cells = 16, int width = 160, int height = 100)
         : model(std::make_unique<OXWLUTObjectInfo>(-0.5f, float(cells) - 0.5f, 0.0f, 1.0f,
                                                    float(cells), 0.0f, 0.0f))
     {
@@ -72,19 +55,16 @@ public:
         rights.setAutoDelete(false);
         histogram = new OXMHistogram;
         setBins(std::vector<float>(std::size_t(cells), 100.0f));
-
-        panel = std::make_unique<PanelStub>();
         auto* level = new QWidget(panel.get());
         workArea = new OXWLUTWorkArea(level, "mLUTWorkArea");
-        QObject::connect(workArea, &OXWLUTWorkArea::objectInfoChanged, workArea,
-                         &OXWLUTWorkArea::updateAll);
-        QObject::connect(workArea, &OXWLUTWorkArea::objectOpacityChanged, workArea,
-                         &OXWLUTWorkArea::updateAll);
-        const int frame = 2;
-        level->setGeometry(0, 0, contentsWidth + 2 * frame, contentsHeight + 2 * frame);
-        workArea->setGeometry(0, 0, contentsWidth + 2 * frame, contentsHeight + 2 * frame);
-        panel->resize(contentsWidth + 2 * frame, contentsHeight + 2 * frame);
-
+        for (auto changed :
+             {&OXWLUTWorkArea::objectInfoChanged, &OXWLUTWorkArea::objectOpacityChanged}) {
+            QObject::connect(workArea, changed, workArea, &OXWLUTWorkArea::updateAll);
+        }
+        for (QWidget* widget :
+             {static_cast<QWidget*>(panel.get()), level, static_cast<QWidget*>(workArea)}) {
+            widget->resize(width + 4, height + 4);
+        }
         workArea->setRenderObject(&renderObject);
         workArea->setHistogramObject(histogram.get());
         workArea->setObjectInfo(model.get());
@@ -93,14 +73,8 @@ public:
         workArea->updateAll();
     }
 
-    ~WorkAreaFixture()
-    {
-        // The widgets go first: they hold pointers to the model and the host objects.
-        panel.reset();
-    }
-
-    WorkAreaFixture(const WorkAreaFixture&) = delete;
-    WorkAreaFixture& operator=(const WorkAreaFixture&) = delete;
+    // The widgets go first: they hold pointers to the model and the host objects.
+    ~WorkAreaFixture() { panel.reset(); }
 
     void setBins(const std::vector<float>& bins)
     {
@@ -113,56 +87,55 @@ public:
     // Handles at the centres of the given cells (local coordinates of interval i).
     void setOpacityCurve(int i, const std::vector<std::pair<int, float>>& cellValues)
     {
-        OXWLUTIntervalInfo* target = model->interval(i);
-        const float s = model->greyStep();
         OXWLUTIntervalInfo::HandleList handles;
-        for (const auto& cv : cellValues) {
-            const float x = (float(cv.first) + 0.5f) * s;
-            handles.push_back({target->localFromGlobal(x), cv.second});
+        for (const auto& [cell, value] : cellValues) {
+            const float x = (float(cell) + 0.5f) * model->greyStep();
+            handles.push_back({interval(i)->localFromGlobal(x), value});
         }
-        target->setReferenceHandles(OXWLUTIntervalInfo::OpacityChannel, handles);
+        interval(i)->setReferenceHandles(OXWLUTIntervalInfo::OpacityChannel, handles);
         workArea->updateAll();
     }
 
-    // Widget coordinates of a contents pixel.
+    // Widget coordinates of a contents pixel, and of handle k of interval i.
     QPoint widgetPoint(int px, int py) const
     {
         return workArea->contentsRect().topLeft() + QPoint(px, py);
     }
-    // Widget coordinates of a model position and height.
-    QPoint pointAt(float x, float h) const
-    {
-        return widgetPoint(workArea->pixelFromPosition(x), workArea->pixelFromHeight(h));
-    }
-    // Widget coordinates of handle k of interval i.
     QPoint handlePoint(int i, int k) const
     {
-        const OXWLUTIntervalInfo* target = model->interval(i);
-        const auto& h = target->handles(OXWLUTIntervalInfo::OpacityChannel)[std::size_t(k)];
-        return pointAt(target->globalFromLocal(h.x), h.y);
+        const auto& h = interval(i)->handles(OXWLUTIntervalInfo::OpacityChannel)[std::size_t(k)];
+        return widgetPoint(workArea->pixelFromPosition(interval(i)->globalFromLocal(h.x)),
+                           workArea->pixelFromHeight(h.y));
     }
 
     void send(QEvent::Type type, const QPoint& pos, Qt::MouseButton button,
-              Qt::MouseButtons buttons, Qt::KeyboardModifiers modifiers)
+              Qt::KeyboardModifiers modifiers)
     {
-        QMouseEvent event(type, pos, workArea->mapToGlobal(pos), button, buttons, modifiers);
+        QMouseEvent event(type, pos, workArea->mapToGlobal(pos), button, mButtons, modifiers);
         QApplication::sendEvent(workArea, &event);
     }
     void press(const QPoint& pos, Qt::MouseButton button = Qt::LeftButton,
                Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
         mButtons = button;
-        send(QEvent::MouseButtonPress, pos, button, mButtons, modifiers);
+        send(QEvent::MouseButtonPress, pos, button, modifiers);
     }
     void move(const QPoint& pos, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
-        send(QEvent::MouseMove, pos, Qt::NoButton, mButtons, modifiers);
+        send(QEvent::MouseMove, pos, Qt::NoButton, modifiers);
     }
     void release(const QPoint& pos, Qt::KeyboardModifiers modifiers = Qt::NoModifier)
     {
         const Qt::MouseButton button = Qt::MouseButton(int(mButtons));
         mButtons = Qt::NoButton;
-        send(QEvent::MouseButtonRelease, pos, button, mButtons, modifiers);
+        send(QEvent::MouseButtonRelease, pos, button, modifiers);
+    }
+    void click(const QPoint& pos, Qt::MouseButton button = Qt::LeftButton,
+               Qt::KeyboardModifiers modifiers = Qt::NoModifier)
+    {
+        move(pos);
+        press(pos, button, modifiers);
+        release(pos, modifiers);
     }
     // A right click as X11 delivers it: the press, the context menu request, and the release,
     // which goes to the menu when one popped up.
@@ -182,13 +155,11 @@ public:
     static QAction* findItem(QMenu* menu, const QString& text)
     {
         for (QAction* action : menu->actions()) {
-            if (action->text() == text) {
-                return action;
-            }
-            if (QMenu* sub = action->menu()) {
-                if (QAction* found = findItem(sub, text)) {
-                    return found;
-                }
+            QAction* found = action->text() == text ? action
+                             : action->menu()       ? findItem(action->menu(), text)
+                                                    : nullptr;
+            if (found) {
+                return found;
             }
         }
         return nullptr;
@@ -202,7 +173,7 @@ public:
     OXMObject renderObject;
     OXMTulvoRights rights;
     OXMObjectPtr histogram;
-    std::unique_ptr<PanelStub> panel;
+    std::unique_ptr<PanelStub> panel = std::make_unique<PanelStub>();
     OXWLUTWorkArea* workArea = nullptr;
     bool exposed = false;
 

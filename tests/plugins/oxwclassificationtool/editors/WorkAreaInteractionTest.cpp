@@ -1,32 +1,35 @@
 // Mouse, menu, name editing and zoom of the work area, driven through the widget's events.
+// Points are contents pixels of a 160 x 100 view of 16 cells: cell c spans x = 10 c .. 10 c + 9,
+// opacity h lies on row 99 - 100 h.
 
 #include "WorkAreaFixture.h"
 
 #include <OXWOverrideCursor.h>
 
-#include <QBitmap>
 #include <QFontMetrics>
 #include <QLineEdit>
 #include <QSignalSpy>
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <tuple>
+
 using workarea_test::WorkAreaFixture;
+using Hover = OXWLUTWorkArea::HoverMode;
+using Press = OXWLUTWorkArea::PressAction;
+using Curve = std::vector<std::pair<int, float>>;
 
 namespace {
 
 constexpr int Opacity = OXWLUTIntervalInfo::OpacityChannel;
 
-float cellCentre(const WorkAreaFixture& f, int cell)
-{
-    return (float(cell) + 0.5f) * f.model->greyStep();
-}
-
-// Global x of handle k of interval i.
-float handleX(const WorkAreaFixture& f, int i, int k)
+// The cell under handle k of interval i (handles sit on cell centres), and its height.
+float handleCell(const WorkAreaFixture& f, int i, int k)
 {
     const OXWLUTIntervalInfo* interval = f.interval(i);
-    return interval->globalFromLocal(interval->handles(Opacity)[std::size_t(k)].x);
+    const float x = interval->globalFromLocal(interval->handles(Opacity)[std::size_t(k)].x);
+    return x / f.model->greyStep() - 0.5f;
 }
 
 float handleY(const WorkAreaFixture& f, int i, int k)
@@ -34,453 +37,270 @@ float handleY(const WorkAreaFixture& f, int i, int k)
     return f.interval(i)->handles(Opacity)[std::size_t(k)].y;
 }
 
-bool sameCursorImage(const QCursor& a, const QCursor& b)
+bool sameCursor(const QCursor& a, const QCursor& b)
 {
-    return a.shape() == Qt::BitmapCursor && b.shape() == Qt::BitmapCursor &&
-           a.hotSpot() == b.hotSpot() && a.pixmap().toImage() == b.pixmap().toImage() &&
-           a.bitmap(Qt::ReturnByValue).toImage() == b.bitmap(Qt::ReturnByValue).toImage();
+    return a.shape() == b.shape() && a.hotSpot() == b.hotSpot() &&
+           a.pixmap().toImage() == b.pixmap().toImage();
 }
 
-// Two intervals [0, 0.5] and [0.5, 1] on 16 cells.
+// Two intervals [0, 0.5] and [0.5, 1]: the border is at pixel 80.
 void splitInHalves(WorkAreaFixture& f)
 {
     ASSERT_TRUE(f.model->newInterval(0.5f, false));
-    ASSERT_EQ(f.model->intervalCount(), 2);
-    ASSERT_FLOAT_EQ(f.interval(1)->from(), 0.5f);
     f.workArea->updateAll();
+}
+
+// Opens the context menu at a contents pixel and triggers one of its items.
+void runMenuItem(WorkAreaFixture& f, int px, int py, const QString& item)
+{
+    f.contextMenu(f.widgetPoint(px, py));
+    ASSERT_TRUE(f.workArea->contextMenu()->isVisible());
+    ASSERT_NE(f.item(item), nullptr) << item.toStdString();
+    f.item(item)->trigger();
+    f.workArea->contextMenu()->hide();
 }
 
 } // namespace
 
-TEST(WorkAreaSetup, PanelIsTheEventFilterAndSeesEventsFirst)
+// What the mouse is over, and the cursor that says what a press there would do: handles move
+// in both directions when their neighbours are at least 2.5 cells apart, else only
+// vertically; level segments move vertically, segments between movable handles sideways;
+// borders within two pixels, the zones for a new interval two to five pixels away (not on a
+// narrow interval).
+TEST(WorkAreaHover, ModesAndCursors)
 {
-    WorkAreaFixture f;
-    EXPECT_EQ(f.workArea->objectName(), QStringLiteral("mLUTWorkArea"));
-    EXPECT_EQ(f.workArea->contentsRect(), QRect(2, 2, 160, 100));
-    EXPECT_EQ(f.workArea->buffer().size(), QSize(160, 100));
-    EXPECT_TRUE(f.exposed);
-    EXPECT_TRUE(f.workArea->hasMouseTracking());
-    f.move(f.widgetPoint(100, 80));
-    f.press(f.widgetPoint(100, 80));
-    f.release(f.widgetPoint(100, 80));
-    EXPECT_EQ(f.panel->mouseMoves, 1);
-    EXPECT_EQ(f.panel->mousePresses, 1);
-    EXPECT_EQ(f.panel->mouseReleases, 1);
-}
-
-TEST(WorkAreaMapping, PixelsAndPositions)
-{
-    WorkAreaFixture f;
-    OXWLUTWorkArea* w = f.workArea;
-    EXPECT_EQ(w->pixelFromPosition(0.5f), 80);
-    EXPECT_FLOAT_EQ(w->positionFromPixel(80), 0.5f);
-    EXPECT_EQ(w->pixelFromHeight(0.0f), 99);
-    EXPECT_EQ(w->pixelFromHeight(0.5f), 49);
-    EXPECT_FLOAT_EQ(w->heightFromPixel(99), 0.0f);
-    EXPECT_FLOAT_EQ(w->heightFromPixel(49), 0.5f);
-    f.model->setVisibleOpacityRange(0.0f, 0.5f);
-    EXPECT_EQ(w->pixelFromHeight(0.25f), 49);
-    w->setObjectInfo(nullptr);
-    EXPECT_EQ(w->pixelFromPosition(0.5f), 0);
-    EXPECT_FLOAT_EQ(w->heightFromPixel(10), 0.0f);
-}
-
-// --- hover modes and cursors
-
-TEST(WorkAreaHover, HandlesShowSizeAllWhenMovableElseSizeVer)
-{
-    WorkAreaFixture f;
-    f.setOpacityCurve(0, {{0, 0.0f}, {8, 0.5f}, {9, 0.7f}, {15, 1.0f}});
-    f.move(f.handlePoint(0, 1) + QPoint(3, -3));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverHandle);
-    EXPECT_EQ(f.workArea->currentHandle(), 1);
-    // Its neighbours are cells 0 and 9: only 9 cells apart on the left, 1 on the right, but
-    // the rule is the distance between the two neighbours (>= 2.5 cells).
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeAllCursor);
-    f.move(f.handlePoint(0, 0) + QPoint(0, -2));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverHandle);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeVerCursor);
-    f.move(f.handlePoint(0, 3) + QPoint(-2, 3));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverHandle);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeVerCursor);
-
-    // Neighbours less than three cells apart: not movable.
-    f.setOpacityCurve(0, {{0, 0.0f}, {7, 0.5f}, {8, 0.2f}, {9, 0.9f}, {15, 1.0f}});
-    f.move(f.handlePoint(0, 2));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverHandle);
-    EXPECT_EQ(f.workArea->currentHandle(), 2);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeVerCursor);
-}
-
-TEST(WorkAreaHover, SegmentCursorsFollowLevelAndMovable)
-{
-    WorkAreaFixture f;
-    // Segment 1 level and movable.
-    f.setOpacityCurve(0, {{0, 0.0f}, {5, 0.5f}, {10, 0.5f}, {15, 1.0f}});
-    f.move(f.pointAt(0.5f, 0.5f));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverSegment);
-    EXPECT_EQ(f.workArea->currentHandle(), 1);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeAllCursor);
-    // Segment 0 is level (rises by half the range) but touches the first handle.
-    f.move(f.pointAt(cellCentre(f, 3) - 0.001f, 0.3f) + QPoint(0, 0));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverSegment);
-    EXPECT_EQ(f.workArea->currentHandle(), 0);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeVerCursor);
-
-    // Segment 1 rises by the full range: not level, but movable.
-    f.setOpacityCurve(0, {{0, 0.0f}, {5, 0.0f}, {10, 1.0f}, {15, 1.0f}});
-    f.move(f.pointAt(0.5f, 0.5f));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverSegment);
-    EXPECT_EQ(f.workArea->currentHandle(), 1);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeHorCursor);
-
-    // The default ramp: neither level nor movable.
-    f.setOpacityCurve(0, {{0, 0.0f}, {15, 1.0f}});
-    f.move(f.pointAt(0.5f, 0.5f));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverSegment);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::ArrowCursor);
-}
-
-TEST(WorkAreaHover, BordersWithinTwoPixelsAndNewIntervalZones)
-{
-    WorkAreaFixture f;
-    splitInHalves(f);
-    // Border at pixel 80; interval 1 starts there.
-    f.move(f.widgetPoint(81, 50));
-    EXPECT_EQ(f.workArea->currentIndex(), 1);
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverLeftBorder);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeHorCursor);
-    f.move(f.widgetPoint(80, 50));
-    EXPECT_EQ(f.workArea->currentIndex(), 0);
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverRightBorder);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeHorCursor);
-    // 2 to 5 pixels: the zones for a new interval.
-    f.move(f.widgetPoint(83, 30));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverNewLeft);
-    EXPECT_TRUE(sameCursorImage(f.workArea->cursor(),
-                                OXWOverrideCursor::getCursor(OXM::ExpandRightCursor)));
-    f.move(f.widgetPoint(76, 70));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverNewRight);
-    EXPECT_TRUE(
-        sameCursorImage(f.workArea->cursor(), OXWOverrideCursor::getCursor(OXM::ExpandLeftCursor)));
-    // 6 pixels away: nothing.
-    f.move(f.widgetPoint(86, 30));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverInside);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::ArrowCursor);
-    // The first interval has no left neighbour: near the view's edge it is the zone.
-    f.move(f.widgetPoint(1, 50));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverNewLeft);
-    f.move(f.widgetPoint(158, 50));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverNewRight);
-}
-
-TEST(WorkAreaHover, NarrowIntervalHasNoNewIntervalZone)
-{
-    WorkAreaFixture f;
-    // Intervals [0, 8/16], [8/16, 9/16] (one cell, 10 pixels) and [9/16, 1].
-    ASSERT_TRUE(f.model->newInterval(0.5f, false));
-    ASSERT_TRUE(f.model->newInterval(0.5625f, false));
-    ASSERT_EQ(f.model->intervalCount(), 3);
-    ASSERT_FALSE(f.interval(1)->isWide());
-    f.workArea->updateAll();
-    f.move(f.widgetPoint(84, 60));
-    EXPECT_EQ(f.workArea->currentIndex(), 1);
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverInside);
-}
-
-TEST(WorkAreaHover, NameAndIsosurfacePriority)
-{
-    WorkAreaFixture f;
-    f.move(f.widgetPoint(80, 5));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverName);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::IBeamCursor);
-
-    // The marker on the ramp: it wins over the segment.
-    f.model->setIsosurface(0.5f);
-    f.workArea->setIsosurfaceShown(true);
-    f.move(f.pointAt(0.5f, 0.5f));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverSegment);
-    f.workArea->setIsosurfaceActive(true);
-    f.move(f.pointAt(0.5f, 0.5f) + QPoint(1, 0));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverIsosurface);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeHorCursor);
-    f.move(f.pointAt(0.5f, 0.5f) + QPoint(2, 0));
-    EXPECT_NE(f.workArea->hoverMode(), OXWLUTWorkArea::HoverIsosurface);
-
-    // A handle wins over the marker.
-    f.model->setIsosurface(cellCentre(f, 15));
-    f.move(f.handlePoint(0, 1) + QPoint(0, 2));
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverHandle);
+    const QCursor expandRight = OXWOverrideCursor::getCursor(OXM::ExpandRightCursor);
+    const QCursor expandLeft = OXWOverrideCursor::getCursor(OXM::ExpandLeftCursor);
+    const std::pair<Curve, std::vector<float>> layouts[] = {
+        {{{0, 0}, {8, 0.5f}, {9, 0.7f}, {15, 1}}, {}},
+        {{{0, 0}, {7, 0.5f}, {8, 0.2f}, {9, 0.9f}, {15, 1}}, {}},
+        {{{0, 0}, {5, 0.5f}, {10, 0.5f}, {15, 1}}, {}},
+        {{{0, 0}, {5, 0}, {10, 1}, {15, 1}}, {}},
+        {{}, {}},
+        {{}, {0.5f}},
+        {{}, {0.5f, 0.5625f}}}; // [8/16, 9/16] is one cell wide
+    // layout, x, y, hover, the handle on handles and segments (else the interval), cursor
+    const std::tuple<int, int, int, int, int, QCursor> probes[] = {
+        {0, 88, 46, Hover::HoverHandle, 1, Qt::SizeAllCursor},
+        {0, 5, 97, Hover::HoverHandle, 0, Qt::SizeVerCursor},
+        {0, 153, 2, Hover::HoverHandle, 3, Qt::SizeVerCursor},
+        {1, 85, 79, Hover::HoverHandle, 2, Qt::SizeVerCursor},
+        {2, 80, 49, Hover::HoverSegment, 1, Qt::SizeAllCursor},
+        {2, 34, 69, Hover::HoverSegment, 0, Qt::SizeVerCursor},
+        {3, 80, 49, Hover::HoverSegment, 1, Qt::SizeHorCursor},
+        {4, 80, 49, Hover::HoverSegment, 0, Qt::ArrowCursor},
+        {4, 80, 5, Hover::HoverName, 0, Qt::IBeamCursor},
+        {5, 81, 50, Hover::HoverLeftBorder, 1, Qt::SizeHorCursor},
+        {5, 80, 50, Hover::HoverRightBorder, 0, Qt::SizeHorCursor},
+        {5, 83, 30, Hover::HoverNewLeft, 1, expandRight},
+        {5, 76, 70, Hover::HoverNewRight, 0, expandLeft},
+        {5, 86, 30, Hover::HoverInside, 1, Qt::ArrowCursor},
+        {5, 1, 50, Hover::HoverNewLeft, 0, expandRight},
+        {5, 158, 50, Hover::HoverNewRight, 1, expandLeft},
+        {6, 84, 60, Hover::HoverInside, 1, Qt::ArrowCursor}};
+    std::unique_ptr<WorkAreaFixture> f;
+    int shown = -1;
+    for (const auto& [layout, x, y, hover, current, cursor] : probes) {
+        if (layout != shown) {
+            f = std::make_unique<WorkAreaFixture>();
+            for (float border : layouts[layout].second) {
+                ASSERT_TRUE(f->model->newInterval(border, false));
+            }
+            if (!layouts[layout].first.empty()) {
+                f->setOpacityCurve(0, layouts[layout].first);
+            }
+            f->workArea->updateAll();
+            shown = layout;
+        }
+        f->move(f->widgetPoint(x, y));
+        const bool onCurve = hover == Hover::HoverHandle || hover == Hover::HoverSegment;
+        EXPECT_EQ(f->workArea->hoverMode(), hover) << x << ", " << y;
+        EXPECT_EQ(onCurve ? f->workArea->currentHandle() : f->workArea->currentIndex(), current)
+            << x << ", " << y;
+        EXPECT_TRUE(sameCursor(f->workArea->cursor(), cursor)) << x << ", " << y;
+    }
 }
 
 // --- drags
 
-TEST(WorkAreaDrag, HandleFollowsTheMouseRelativeToThePress)
+// A handle follows the mouse relative to the press, a cell away from its neighbours; Shift
+// locks the axis that moved more. A segment moves both its handles. One signal per move that
+// changes something.
+TEST(WorkAreaDrag, HandlesAndSegmentsFollowTheMouse)
 {
-    WorkAreaFixture f;
-    f.setOpacityCurve(0, {{0, 0.0f}, {8, 0.5f}, {15, 1.0f}});
-    QSignalSpy opacity(f.workArea, &OXWLUTWorkArea::objectOpacityChanged);
-    const QPoint start = f.handlePoint(0, 1) + QPoint(2, 1);
-    f.press(start);
-    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressHandle);
-    f.move(start + QPoint(20, -10));
-    EXPECT_FLOAT_EQ(handleX(f, 0, 1), cellCentre(f, 10));
-    EXPECT_NEAR(handleY(f, 0, 1), 0.6f, 1e-5f);
-    EXPECT_EQ(opacity.count(), 1);
-    // The same position again changes nothing and says nothing.
-    f.move(start + QPoint(20, -10));
-    EXPECT_EQ(opacity.count(), 1);
-    f.release(start + QPoint(20, -10));
-    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressNone);
+    const Curve peak = {{0, 0}, {8, 0.5f}, {15, 1}};
+    const Curve level = {{0, 0}, {5, 0.5f}, {10, 0.5f}, {15, 1}};
+    // curve, grab x, move, Shift, press, then handle 1 (cell, height) and handle 2 (cell, height)
+    const std::tuple<const Curve*, int, QPoint, bool, int, float, float, float, float> cases[] = {
+        {&peak, 2, {20, -10}, false, Press::PressHandle, 10, 0.6f, 15, 1},
+        {&peak, 0, {20, -10}, true, Press::PressHandle, 10, 0.5f, 15, 1},
+        {&peak, 0, {5, -30}, true, Press::PressHandle, 8, 0.8f, 15, 1},
+        {&peak, 0, {200, -10}, false, Press::PressHandle, 14, 0.6f, 15, 1},
+        {&level, 25, {10, -10}, false, Press::PressSegment, 6, 0.6f, 11, 0.6f}};
+    for (const auto& [curve, grab, by, shift, press, cell1, height1, cell2, height2] : cases) {
+        WorkAreaFixture f;
+        f.setOpacityCurve(0, *curve);
+        const Qt::KeyboardModifiers modifiers = shift ? Qt::ShiftModifier : Qt::NoModifier;
+        QSignalSpy opacity(f.workArea, &OXWLUTWorkArea::objectOpacityChanged);
+        const QPoint start = f.handlePoint(0, 1) + QPoint(grab, 0);
+        f.press(start, Qt::LeftButton, modifiers);
+        EXPECT_EQ(f.workArea->pressAction(), press);
+        for (int i = 0; i < 2; ++i) {
+            f.move(start + by, modifiers);
+            EXPECT_EQ(opacity.count(), 1) << by.x();
+        }
+        EXPECT_FLOAT_EQ(handleCell(f, 0, 1), cell1) << by.x();
+        EXPECT_NEAR(handleY(f, 0, 1), height1, 1e-5f) << by.x();
+        EXPECT_FLOAT_EQ(handleCell(f, 0, 2), cell2) << by.x();
+        EXPECT_NEAR(handleY(f, 0, 2), height2, 1e-5f) << by.x();
+        f.release(start + by);
+    }
 }
 
-TEST(WorkAreaDrag, ShiftLocksTheDominantAxis)
-{
-    WorkAreaFixture f;
-    f.setOpacityCurve(0, {{0, 0.0f}, {8, 0.5f}, {15, 1.0f}});
-    const QPoint start = f.handlePoint(0, 1);
-    f.press(start, Qt::LeftButton, Qt::ShiftModifier);
-    f.move(start + QPoint(20, -10), Qt::ShiftModifier);
-    EXPECT_FLOAT_EQ(handleX(f, 0, 1), cellCentre(f, 10));
-    EXPECT_FLOAT_EQ(handleY(f, 0, 1), 0.5f);
-    f.move(start + QPoint(5, -30), Qt::ShiftModifier);
-    EXPECT_FLOAT_EQ(handleX(f, 0, 1), cellCentre(f, 8));
-    EXPECT_NEAR(handleY(f, 0, 1), 0.8f, 1e-5f);
-    // Without Shift both axes follow; the handle stays a cell away from its neighbour.
-    f.move(start + QPoint(200, -10));
-    EXPECT_FLOAT_EQ(handleX(f, 0, 1), cellCentre(f, 14));
-    EXPECT_NEAR(handleY(f, 0, 1), 0.6f, 1e-5f);
-    f.release(start + QPoint(200, -10));
-}
-
-TEST(WorkAreaDrag, SegmentMovesBothHandles)
-{
-    WorkAreaFixture f;
-    f.setOpacityCurve(0, {{0, 0.0f}, {5, 0.5f}, {10, 0.5f}, {15, 1.0f}});
-    QSignalSpy opacity(f.workArea, &OXWLUTWorkArea::objectOpacityChanged);
-    const QPoint start = f.pointAt(0.5f, 0.5f);
-    f.press(start);
-    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressSegment);
-    f.move(start + QPoint(10, -10));
-    EXPECT_EQ(opacity.count(), 1);
-    EXPECT_FLOAT_EQ(handleX(f, 0, 1), cellCentre(f, 6));
-    EXPECT_FLOAT_EQ(handleX(f, 0, 2), cellCentre(f, 11));
-    EXPECT_NEAR(handleY(f, 0, 1), 0.6f, 1e-5f);
-    EXPECT_NEAR(handleY(f, 0, 2), 0.6f, 1e-5f);
-    f.release(start + QPoint(10, -10));
-}
-
-TEST(WorkAreaDrag, BorderDragEmptiesAnIntervalThatIsRemovedAtRelease)
+// A border stops at the left border of the interval it empties, which goes at the release.
+TEST(WorkAreaDrag, ABorderDragEmptiesAnIntervalThatIsRemovedAtRelease)
 {
     WorkAreaFixture f;
     ASSERT_TRUE(f.model->newInterval(0.25f, false)); // [0, .25] [.25, 1]
     ASSERT_TRUE(f.model->newInterval(0.5f, false));  // [0, .25] [.25, .5] [.5, 1]
-    ASSERT_EQ(f.model->intervalCount(), 3);
     f.workArea->updateAll();
     QSignalSpy info(f.workArea, &OXWLUTWorkArea::objectInfoChanged);
-
-    const QPoint start = f.widgetPoint(81, 50);
-    f.move(start);
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverLeftBorder);
-    ASSERT_EQ(f.workArea->currentIndex(), 2);
-    f.press(start);
-    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressBorder);
-    int steps = 0;
+    f.move(f.widgetPoint(81, 50));
+    f.press(f.widgetPoint(81, 50));
+    EXPECT_EQ(f.workArea->pressAction(), Press::PressBorder);
     for (int px : {70, 60, 50, 40, 20, 10}) {
         f.move(f.widgetPoint(px, 50));
-        if (px >= 40) {
-            ++steps;
-        }
-        EXPECT_EQ(info.count(), steps) << px;
+        EXPECT_EQ(info.count(), (80 - std::max(px, 40)) / 10) << px;
     }
-    EXPECT_EQ(steps, 4);
-    EXPECT_FLOAT_EQ(f.interval(2)->from(), 0.25f);
-    EXPECT_FLOAT_EQ(f.interval(1)->to() - f.interval(1)->from(), 0.0f);
-    EXPECT_EQ(f.model->intervalCount(), 3);
+    EXPECT_FLOAT_EQ(f.interval(1)->to(), f.interval(1)->from());
     f.release(f.widgetPoint(10, 50));
-    EXPECT_EQ(info.count(), steps + 1);
+    EXPECT_EQ(info.count(), 5);
     ASSERT_EQ(f.model->intervalCount(), 2);
-    EXPECT_FLOAT_EQ(f.interval(0)->to(), 0.25f);
     EXPECT_FLOAT_EQ(f.interval(1)->from(), 0.25f);
     EXPECT_EQ(f.workArea->currentInterval(), nullptr);
     EXPECT_EQ(f.workArea->currentIndex(), -1);
 }
 
-TEST(WorkAreaDrag, BorderDragRefitsFromTheCurvesAtThePress)
+// A rubber band drawn from the zone at either edge of an interval splits it where it is
+// released, never outside the grey-value axis; the new border is then under the mouse.
+TEST(WorkAreaDrag, ARubberBandCreatesAnIntervalOnItsSide)
 {
-    WorkAreaFixture f;
-    splitInHalves(f);
-    // A segment drag leaves the reference handles behind; the border drag commits first.
-    f.setOpacityCurve(1, {{8, 0.0f}, {10, 0.5f}, {13, 0.5f}, {15, 1.0f}});
-    const QPoint seg = f.pointAt(cellCentre(f, 11) + 0.5f / 16.0f, 0.5f);
-    f.press(seg);
-    ASSERT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressSegment);
-    f.move(seg + QPoint(0, -10));
-    f.release(seg + QPoint(0, -10));
-    ASSERT_NEAR(handleY(f, 1, 1), 0.6f, 1e-5f);
-
-    f.move(f.widgetPoint(81, 50));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverLeftBorder);
-    f.press(f.widgetPoint(81, 50));
-    f.move(f.widgetPoint(71, 50));
-    f.move(f.widgetPoint(81, 50));
-    f.release(f.widgetPoint(81, 50));
-    EXPECT_NEAR(handleY(f, 1, 1), 0.6f, 1e-5f);
-    EXPECT_NEAR(handleY(f, 1, 2), 0.6f, 1e-5f);
+    const std::tuple<int, int, int, int, int, float, int, int> cases[] = {
+        {157, 200, 100, Press::PressNewRight, 160, 0.625f, 0, Hover::HoverRightBorder},
+        {3, -20, 60, Press::PressNewLeft, 0, 0.375f, 1, Hover::HoverLeftBorder}};
+    for (const auto& [start, beyond, end, press, band, border, current, hover] : cases) {
+        WorkAreaFixture f;
+        QSignalSpy info(f.workArea, &OXWLUTWorkArea::objectInfoChanged);
+        f.move(f.widgetPoint(start, 50));
+        f.press(f.widgetPoint(start, 50));
+        EXPECT_EQ(f.workArea->pressAction(), press);
+        f.move(f.widgetPoint(beyond, 50));
+        EXPECT_EQ(f.workArea->rubberBandX(), band);
+        f.move(f.widgetPoint(end, 50));
+        EXPECT_EQ(f.model->intervalCount(), 1);
+        f.release(f.widgetPoint(end, 50));
+        ASSERT_EQ(f.model->intervalCount(), 2);
+        EXPECT_FLOAT_EQ(f.interval(1)->from(), border);
+        EXPECT_EQ(info.count(), 1);
+        EXPECT_EQ(f.workArea->currentIndex(), current);
+        EXPECT_EQ(f.workArea->hoverMode(), hover);
+        EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeHorCursor);
+    }
 }
 
-TEST(WorkAreaDrag, RubberBandFromTheRightCreatesAnIntervalAtTheRight)
+// The middle button, Alt and Ctrl+Shift with the left button insert a handle where the curve
+// has none, and delete the handle they are on; end handles are refused. The middle button
+// drags the new handle at once.
+TEST(WorkAreaDrag, InsertAndDeleteGestures)
 {
-    WorkAreaFixture f;
-    QSignalSpy info(f.workArea, &OXWLUTWorkArea::objectInfoChanged);
-    f.move(f.widgetPoint(157, 50));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverNewRight);
-    f.press(f.widgetPoint(157, 50));
-    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressNewRight);
-    EXPECT_EQ(f.workArea->rubberBandX(), 157);
-    f.move(f.widgetPoint(100, 50));
-    EXPECT_EQ(f.workArea->rubberBandX(), 100);
-    EXPECT_EQ(f.model->intervalCount(), 1);
-    f.release(f.widgetPoint(100, 50));
-    ASSERT_EQ(f.model->intervalCount(), 2);
-    EXPECT_FLOAT_EQ(f.interval(0)->to(), 0.625f);
-    EXPECT_FLOAT_EQ(f.interval(1)->from(), 0.625f);
-    EXPECT_EQ(info.count(), 1);
-    EXPECT_EQ(f.workArea->currentIndex(), 0);
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverRightBorder);
-    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeHorCursor);
+    const std::tuple<Qt::MouseButton, Qt::KeyboardModifiers, int, int> gestures[] = {
+        {Qt::MiddleButton, Qt::NoModifier, 10, 3},
+        {Qt::LeftButton, Qt::AltModifier, 8, 2},
+        {Qt::LeftButton, Qt::ControlModifier | Qt::ShiftModifier, 8, 2}};
+    for (const auto& [button, modifiers, cell, emitted] : gestures) {
+        WorkAreaFixture f;
+        QSignalSpy opacity(f.workArea, &OXWLUTWorkArea::objectOpacityChanged);
+        // Just below the line of the interval's name, whose box answers HoverName.
+        const QPoint at = f.widgetPoint(80, QFontMetrics(f.workArea->font()).height() + 4);
+        f.move(at);
+        ASSERT_EQ(f.workArea->hoverMode(), Hover::HoverInside);
+        f.press(at, button, modifiers);
+        ASSERT_EQ(f.interval(0)->handles(Opacity).size(), 3u);
+        EXPECT_FLOAT_EQ(handleCell(f, 0, 1), 8);
+        EXPECT_NEAR(handleY(f, 0, 1), f.workArea->heightFromPixel(at.y() - 2), 1e-5f);
+        f.move(at + QPoint(20, 0), modifiers);
+        EXPECT_FLOAT_EQ(handleCell(f, 0, 1), cell) << int(modifiers);
+        f.release(at + QPoint(20, 0), modifiers);
+        f.click(f.handlePoint(0, 1), button, modifiers);
+        f.click(f.handlePoint(0, 0) + QPoint(0, -2), button, modifiers);
+        EXPECT_EQ(f.interval(0)->handles(Opacity).size(), 2u);
+        EXPECT_EQ(opacity.count(), emitted) << int(modifiers);
+    }
 }
 
-TEST(WorkAreaDrag, RubberBandFromTheLeftCreatesAnIntervalAtTheLeft)
+// The opacity axis zooms by a drag (up in, down out: the widget is 104 pixels high, 52 pixels
+// up is a factor of 1.5) and by the menu.
+TEST(WorkAreaDrag, Zoom)
 {
     WorkAreaFixture f;
-    QSignalSpy info(f.workArea, &OXWLUTWorkArea::objectInfoChanged);
-    f.move(f.widgetPoint(3, 50));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverNewLeft);
-    f.press(f.widgetPoint(3, 50));
-    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressNewLeft);
-    // The band never leaves the grey-value axis.
-    f.move(f.widgetPoint(-20, 50));
-    EXPECT_EQ(f.workArea->rubberBandX(), 0);
-    f.move(f.widgetPoint(60, 50));
-    f.release(f.widgetPoint(60, 50));
-    ASSERT_EQ(f.model->intervalCount(), 2);
-    EXPECT_FLOAT_EQ(f.interval(0)->to(), 0.375f);
-    EXPECT_EQ(info.count(), 1);
-    EXPECT_EQ(f.workArea->currentIndex(), 1);
-    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverLeftBorder);
-}
-
-TEST(WorkAreaDrag, MiddleClickInsertsAHandleAndDragsIt)
-{
-    WorkAreaFixture f;
-    QSignalSpy opacity(f.workArea, &OXWLUTWorkArea::objectOpacityChanged);
-    // Just below the line of the interval's name, whose box answers HoverName.
-    const int row = QFontMetrics(f.workArea->font()).height() + 4;
-    const QPoint start = f.widgetPoint(80, row);
-    f.move(start);
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverInside);
-    f.press(start, Qt::MiddleButton);
-    ASSERT_EQ(f.interval(0)->handles(Opacity).size(), 3u);
-    EXPECT_EQ(opacity.count(), 1);
-    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressHandle);
-    EXPECT_EQ(f.workArea->currentHandle(), 1);
-    EXPECT_FLOAT_EQ(handleX(f, 0, 1), cellCentre(f, 8));
-    EXPECT_NEAR(handleY(f, 0, 1), f.workArea->heightFromPixel(row), 1e-5f);
-    f.move(start + QPoint(20, 0));
-    EXPECT_FLOAT_EQ(handleX(f, 0, 1), cellCentre(f, 10));
-    EXPECT_EQ(opacity.count(), 2);
-    f.release(start + QPoint(20, 0));
-
-    // A middle click on the handle deletes it; on an end handle it does nothing.
-    f.move(f.handlePoint(0, 1));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverHandle);
-    f.press(f.handlePoint(0, 1), Qt::MiddleButton);
-    f.release(f.handlePoint(0, 1));
-    EXPECT_EQ(f.interval(0)->handles(Opacity).size(), 2u);
-    EXPECT_EQ(opacity.count(), 3);
-    f.move(f.handlePoint(0, 0) + QPoint(0, -2));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverHandle);
-    f.press(f.handlePoint(0, 0) + QPoint(0, -2), Qt::MiddleButton);
-    f.release(f.handlePoint(0, 0) + QPoint(0, -2));
-    EXPECT_EQ(f.interval(0)->handles(Opacity).size(), 2u);
-    EXPECT_EQ(opacity.count(), 3);
-}
-
-TEST(WorkAreaDrag, AltAndCtrlShiftClicksInsertLikeTheMiddleButton)
-{
-    WorkAreaFixture f;
-    f.press(f.widgetPoint(60, 20), Qt::LeftButton, Qt::AltModifier);
-    f.release(f.widgetPoint(60, 20));
-    EXPECT_EQ(f.interval(0)->handles(Opacity).size(), 3u);
-    f.press(f.widgetPoint(110, 80), Qt::LeftButton, Qt::ControlModifier | Qt::ShiftModifier);
-    f.release(f.widgetPoint(110, 80));
-    EXPECT_EQ(f.interval(0)->handles(Opacity).size(), 4u);
-}
-
-TEST(WorkAreaDrag, IsosurfaceDragMovesTheMarker)
-{
-    WorkAreaFixture f;
-    f.model->setIsosurface(0.25f);
-    f.workArea->setIsosurfaceShown(true);
-    f.workArea->setIsosurfaceActive(true);
-    QSignalSpy iso(f.workArea, &OXWLUTWorkArea::isosurfaceChanged);
-    f.move(f.widgetPoint(40, 80));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverIsosurface);
-    f.press(f.widgetPoint(40, 80));
-    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressIsosurface);
-    f.move(f.widgetPoint(120, 80));
-    EXPECT_FLOAT_EQ(f.model->isosurface(), 0.75f);
-    f.move(f.widgetPoint(400, 80));
-    EXPECT_FLOAT_EQ(f.model->isosurface(), 1.0f);
-    EXPECT_EQ(iso.count(), 2);
-    f.release(f.widgetPoint(400, 80));
+    QSignalSpy zoom(f.workArea, &OXWLUTWorkArea::verticalZoomChanged);
+    const QPoint start = f.widgetPoint(120, 90);
+    f.press(start);
+    EXPECT_EQ(f.workArea->pressAction(), Press::PressZoom);
+    for (float factor : {1.5f, 1.0f}) {
+        f.move(start - QPoint(0, factor == 1.5f ? 52 : 0));
+        EXPECT_NEAR(f.model->verticalZoom(), factor, 1e-6f);
+        EXPECT_NEAR(f.model->visibleOpacityTo(), 1.0f / factor, 1e-6f);
+    }
+    f.release(start);
+    const std::tuple<const char*, float, float> items[] = {
+        {"Zoom in", 0.5f, 2.0f}, {"Zoom reset", 1.0f, 1.0f}, {"Zoom in", 0.5f, 2.0f}};
+    for (const auto& [item, to, factor] : items) {
+        f.item(QString::fromLatin1(item))->trigger();
+        EXPECT_FLOAT_EQ(f.model->visibleOpacityTo(), to) << item;
+        EXPECT_FLOAT_EQ(f.model->verticalZoom(), factor) << item;
+    }
+    f.item(QStringLiteral("Zoom out"))->trigger();
+    EXPECT_FLOAT_EQ(f.model->verticalZoom(), 1.0f);
+    EXPECT_EQ(zoom.count(), 6);
 }
 
 // --- user actions
 
+// One user action per press, which the panel (the widget's event filter) sees first: a nested
+// action closed by the test leaves the widget's open. The context menu takes the release
+// away, so the widget closes the action itself; a press whose release never came is closed by
+// the next press.
 TEST(WorkAreaUserAction, EveryPressOpensAndEveryReleaseClosesOneAction)
 {
     WorkAreaFixture f;
+    EXPECT_EQ(f.workArea->objectName(), QStringLiteral("mLUTWorkArea"));
     f.setOpacityCurve(0, {{0, 0.0f}, {8, 0.5f}, {15, 1.0f}});
-    struct Case
-    {
-        QPoint pos;
-        Qt::MouseButton button;
-        Qt::KeyboardModifiers modifiers;
-    };
-    const std::vector<Case> cases = {
-        {f.handlePoint(0, 1), Qt::LeftButton, Qt::NoModifier},      // handle drag
-        {f.widgetPoint(120, 90), Qt::LeftButton, Qt::NoModifier},   // zoom drag
-        {f.widgetPoint(157, 50), Qt::LeftButton, Qt::NoModifier},   // rubber band
-        {f.widgetPoint(40, 20), Qt::MiddleButton, Qt::NoModifier},  // insert
-        {f.widgetPoint(100, 80), Qt::RightButton, Qt::NoModifier},  // menu click
-        {f.widgetPoint(80, 5), Qt::LeftButton, Qt::NoModifier},     // name
-        {f.widgetPoint(30, 80), Qt::LeftButton, Qt::ShiftModifier}, // with an edit open
-    };
-    for (const Case& c : cases) {
-        f.move(c.pos);
-        ASSERT_FALSE(f.application.isUserActionOpen());
-        f.press(c.pos, c.button, c.modifiers);
+    const std::tuple<QPoint, Qt::MouseButton, Qt::KeyboardModifiers> cases[] = {
+        {f.handlePoint(0, 1), Qt::LeftButton, Qt::NoModifier},       // handle drag
+        {f.widgetPoint(120, 90), Qt::LeftButton, Qt::NoModifier},    // zoom drag
+        {f.widgetPoint(157, 50), Qt::LeftButton, Qt::NoModifier},    // rubber band
+        {f.widgetPoint(40, 20), Qt::MiddleButton, Qt::NoModifier},   // insert
+        {f.widgetPoint(100, 80), Qt::RightButton, Qt::NoModifier},   // menu click
+        {f.widgetPoint(80, 5), Qt::LeftButton, Qt::NoModifier},      // name
+        {f.widgetPoint(30, 80), Qt::LeftButton, Qt::ShiftModifier}}; // with an edit open
+    f.panel->seen.clear();
+    for (const auto& [pos, button, modifiers] : cases) {
+        f.move(pos);
+        f.press(pos, button, modifiers);
         EXPECT_TRUE(f.application.isUserActionOpen());
-        // One action: a nested one closed by the test leaves the widget's open.
-        const int nested = f.application.userActionBegin(QStringLiteral("probe"));
-        f.application.userActionEnd(nested);
+        f.application.userActionEnd(f.application.userActionBegin(QStringLiteral("probe")));
         EXPECT_TRUE(f.application.isUserActionOpen());
-        f.move(c.pos + QPoint(5, -5), c.modifiers);
-        f.release(c.pos + QPoint(5, -5), c.modifiers);
+        f.move(pos + QPoint(5, -5), modifiers);
+        f.release(pos + QPoint(5, -5), modifiers);
         EXPECT_FALSE(f.application.isUserActionOpen());
     }
-}
-
-TEST(WorkAreaUserAction, TheContextMenuClosesThePressAction)
-{
-    WorkAreaFixture f;
+    EXPECT_EQ(f.panel->seen[QEvent::MouseButtonPress], 7);
+    EXPECT_EQ(f.panel->seen[QEvent::MouseButtonRelease], 7);
     f.contextMenu(f.widgetPoint(100, 80));
     ASSERT_TRUE(f.workArea->contextMenu()->isVisible());
     EXPECT_FALSE(f.application.isUserActionOpen());
     f.workArea->contextMenu()->hide();
-    // A press whose release never came: the next press closes it before opening its own.
     f.press(f.widgetPoint(100, 80));
     f.press(f.widgetPoint(100, 80));
     f.release(f.widgetPoint(100, 80));
@@ -489,285 +309,111 @@ TEST(WorkAreaUserAction, TheContextMenuClosesThePressAction)
 
 // --- name editing
 
-TEST(WorkAreaName, ReturnCommitsTheTypedName)
+// A click on the name opens an editor over the interval's columns through its right border
+// (the next interval's left border); Return, the focus leaving and a press elsewhere commit
+// the text, empty text keeps the name, another model closes the editor.
+TEST(WorkAreaName, TheEditorCommitsWhenItIsLeft)
 {
     WorkAreaFixture f;
+    splitInHalves(f);
     QSignalSpy info(f.workArea, &OXWLUTWorkArea::objectInfoChanged);
-    f.move(f.widgetPoint(80, 5));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverName);
-    f.press(f.widgetPoint(80, 5));
-    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressName);
-    f.release(f.widgetPoint(80, 5));
-    QLineEdit* edit = f.workArea->nameEdit();
-    ASSERT_NE(edit, nullptr);
-    EXPECT_TRUE(edit->isVisible());
-    EXPECT_EQ(edit->text(), QStringLiteral("Interval 1"));
-    EXPECT_EQ(edit->geometry(), QRect(2, 2, 160, 18));
-    EXPECT_EQ(f.workArea->focusProxy(), edit);
-    EXPECT_EQ(f.interval(0)->name(), QStringLiteral("Interval 1"));
-    edit->clear();
-    QTest::keyClicks(edit, QStringLiteral("Bone"));
-    QTest::keyClick(edit, Qt::Key_Return);
-    EXPECT_FALSE(edit->isVisible());
-    EXPECT_EQ(f.interval(0)->name(), QStringLiteral("Bone"));
-    EXPECT_EQ(info.count(), 1);
-    EXPECT_EQ(f.workArea->focusProxy(), nullptr);
-}
-
-// The editor covers the interval's columns from its left border through its right border,
-// which is the next interval's left border.
-TEST(WorkAreaName, EditorSpansTheIntervalThroughItsRightBorder)
-{
-    WorkAreaFixture f;
-    f.model->newInterval(0.5f, true); // borders at pixels 0 and 80 of 160
-    f.workArea->updateAll();
-    f.press(f.widgetPoint(40, 5));
-    f.release(f.widgetPoint(40, 5));
-    ASSERT_TRUE(f.workArea->nameEdit() && f.workArea->nameEdit()->isVisible());
-    const int border = f.workArea->pixelFromPosition(f.interval(0)->to());
-    EXPECT_EQ(f.workArea->nameEdit()->geometry(), QRect(2, 2, border + 1, 18));
-}
-
-TEST(WorkAreaName, FocusLossCommitsAndEmptyTextKeepsTheName)
-{
-    WorkAreaFixture f;
-    QSignalSpy info(f.workArea, &OXWLUTWorkArea::objectInfoChanged);
-    f.press(f.widgetPoint(80, 5));
-    f.release(f.widgetPoint(80, 5));
-    QLineEdit* edit = f.workArea->nameEdit();
-    ASSERT_NE(edit, nullptr);
-    ASSERT_TRUE(edit->isVisible());
-    edit->setText(QStringLiteral("Fat"));
-    QFocusEvent out(QEvent::FocusOut, Qt::MouseFocusReason);
-    QApplication::sendEvent(edit, &out);
-    EXPECT_FALSE(edit->isVisible());
-    EXPECT_EQ(f.interval(0)->name(), QStringLiteral("Fat"));
-    EXPECT_EQ(info.count(), 1);
-
-    // Empty text: the name stays, nothing is reported.
-    f.move(f.widgetPoint(80, 5));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverName);
-    f.press(f.widgetPoint(80, 5));
-    f.release(f.widgetPoint(80, 5));
-    ASSERT_TRUE(edit->isVisible());
-    edit->clear();
-    QTest::keyClick(edit, Qt::Key_Return);
-    EXPECT_FALSE(edit->isVisible());
-    EXPECT_EQ(f.interval(0)->name(), QStringLiteral("Fat"));
-    EXPECT_EQ(info.count(), 1);
-}
-
-TEST(WorkAreaName, APressElsewhereFinishesTheEdit)
-{
-    WorkAreaFixture f;
-    f.press(f.widgetPoint(80, 5));
-    f.release(f.widgetPoint(80, 5));
-    QLineEdit* edit = f.workArea->nameEdit();
-    ASSERT_NE(edit, nullptr);
-    edit->setText(QStringLiteral("Air"));
-    f.press(f.widgetPoint(120, 90));
-    f.release(f.widgetPoint(120, 90));
-    EXPECT_FALSE(edit->isVisible());
+    QLineEdit* edit = nullptr;
+    auto open = [&] {
+        f.click(f.widgetPoint(40, 5));
+        edit = f.workArea->nameEdit();
+        ASSERT_TRUE(edit && edit->isVisible());
+        EXPECT_EQ(edit->geometry(), QRect(2, 2, 81, 18));
+    };
+    QFocusEvent focusOut(QEvent::FocusOut, Qt::MouseFocusReason);
+    const std::pair<const char*, std::function<void()>> endings[] = {
+        {"Bone", [&] { QTest::keyClick(edit, Qt::Key_Return); }},
+        {"Fat", [&] { QApplication::sendEvent(edit, &focusOut); }},
+        {"Air", [&] { f.click(f.widgetPoint(120, 90)); }},
+        {"", [&] { QTest::keyClick(edit, Qt::Key_Return); }}};
+    for (const auto& [text, end] : endings) {
+        open();
+        edit->clear();
+        QTest::keyClicks(edit, QString::fromLatin1(text));
+        end();
+        EXPECT_FALSE(edit->isVisible()) << text;
+        EXPECT_EQ(f.workArea->focusProxy(), nullptr) << text;
+    }
     EXPECT_EQ(f.interval(0)->name(), QStringLiteral("Air"));
+    EXPECT_EQ(info.count(), 3);
+    open();
+    f.workArea->setObjectInfo(nullptr);
+    EXPECT_FALSE(edit->isVisible());
+    EXPECT_EQ(f.workArea->focusProxy(), nullptr);
 }
 
 // --- context menu
 
-TEST(WorkAreaMenu, ItemsAwayFromAHandleWithOneInterval)
+// Which items are enabled depends on the place (on a handle, with neighbours); without a
+// current interval there is no menu.
+TEST(WorkAreaMenu, ItemsFollowThePlace)
 {
-    WorkAreaFixture f;
-    f.contextMenu(f.widgetPoint(100, 80));
-    QMenu* menu = f.workArea->contextMenu();
-    ASSERT_TRUE(menu->isVisible());
-    EXPECT_TRUE(f.item(QStringLiteral("Insert handle"))->isEnabled());
-    EXPECT_FALSE(f.item(QStringLiteral("Delete handle"))->isEnabled());
-    EXPECT_FALSE(f.item(QStringLiteral("Paste opacity curve"))->isEnabled());
-    EXPECT_FALSE(f.item(QStringLiteral("Delete interval"))->isEnabled());
-    EXPECT_TRUE(f.item(QStringLiteral("New interval"))->isEnabled());
-    EXPECT_NE(f.item(QStringLiteral("Disable interval")), nullptr);
-    EXPECT_NE(f.item(QStringLiteral("Zoom in")), nullptr);
-    EXPECT_NE(f.item(QStringLiteral("Save (*.csv)")), nullptr);
-    menu->hide();
-}
-
-TEST(WorkAreaMenu, OnAHandleAndAfterACopy)
-{
-    WorkAreaFixture f;
-    f.setOpacityCurve(0, {{0, 0.0f}, {8, 0.5f}, {15, 1.0f}});
-    f.contextMenu(f.handlePoint(0, 1));
-    QMenu* menu = f.workArea->contextMenu();
-    ASSERT_TRUE(menu->isVisible());
-    EXPECT_FALSE(f.item(QStringLiteral("Insert handle"))->isEnabled());
-    EXPECT_TRUE(f.item(QStringLiteral("Delete handle"))->isEnabled());
-    f.item(QStringLiteral("Copy opacity curve"))->trigger();
-    menu->hide();
-    EXPECT_EQ(f.workArea->opacityClipboard().size(), 3u);
-
-    f.contextMenu(f.widgetPoint(100, 80));
-    ASSERT_TRUE(menu->isVisible());
-    EXPECT_TRUE(f.item(QStringLiteral("Paste opacity curve"))->isEnabled());
-    menu->hide();
-    // Delete the handle through the menu.
-    f.contextMenu(f.handlePoint(0, 1));
-    QSignalSpy opacity(f.workArea, &OXWLUTWorkArea::objectOpacityChanged);
-    f.item(QStringLiteral("Delete handle"))->trigger();
-    menu->hide();
-    EXPECT_EQ(opacity.count(), 1);
-    EXPECT_EQ(f.interval(0)->handles(Opacity).size(), 2u);
-}
-
-TEST(WorkAreaMenu, DeleteIntervalItemsFollowThePlace)
-{
-    WorkAreaFixture f;
-    splitInHalves(f);
-    QMenu* menu = f.workArea->contextMenu();
-    f.contextMenu(f.widgetPoint(40, 80));
-    ASSERT_TRUE(menu->isVisible());
-    EXPECT_TRUE(f.item(QStringLiteral("Delete interval"))->isEnabled());
-    EXPECT_FALSE(f.item(QStringLiteral("Expand left neighbor"))->isEnabled());
-    EXPECT_TRUE(f.item(QStringLiteral("Expand right neighbor"))->isEnabled());
-    menu->hide();
-    f.contextMenu(f.widgetPoint(120, 90));
-    ASSERT_TRUE(menu->isVisible());
-    EXPECT_TRUE(f.item(QStringLiteral("Expand left neighbor"))->isEnabled());
-    EXPECT_FALSE(f.item(QStringLiteral("Expand right neighbor"))->isEnabled());
-    QSignalSpy info(f.workArea, &OXWLUTWorkArea::objectInfoChanged);
-    f.item(QStringLiteral("Expand left neighbor"))->trigger();
-    menu->hide();
-    EXPECT_EQ(info.count(), 1);
-    EXPECT_EQ(f.model->intervalCount(), 1);
-    EXPECT_EQ(f.workArea->currentInterval(), nullptr);
-}
-
-TEST(WorkAreaMenu, DisableAndEnableInterval)
-{
-    WorkAreaFixture f;
-    QMenu* menu = f.workArea->contextMenu();
-    f.contextMenu(f.widgetPoint(100, 80));
-    QAction* toggle = f.item(QStringLiteral("Disable interval"));
-    ASSERT_NE(toggle, nullptr);
-    toggle->trigger();
-    menu->hide();
-    EXPECT_FALSE(f.interval(0)->isEnabled());
-    f.contextMenu(f.widgetPoint(100, 80));
-    EXPECT_EQ(toggle->text(), QStringLiteral("Enable interval"));
-    toggle->trigger();
-    menu->hide();
-    EXPECT_TRUE(f.interval(0)->isEnabled());
-}
-
-TEST(WorkAreaMenu, NoMenuWithoutACurrentInterval)
-{
+    const std::tuple<bool, int, int, bool, bool, bool, bool, bool> cases[] = {
+        {false, 100, 80, true, false, false, false, false},
+        {true, 45, 49, false, true, true, false, true},
+        {true, 120, 90, true, false, true, true, false}};
+    for (const auto& [split, x, y, insert, deleteHandle, deleteInterval, expandLeft, expandRight] :
+         cases) {
+        WorkAreaFixture f;
+        if (split) {
+            splitInHalves(f);
+        }
+        f.setOpacityCurve(0, {{0, 0.0f}, {4, 0.5f}, {7, 1.0f}});
+        f.contextMenu(f.widgetPoint(x, y));
+        ASSERT_TRUE(f.workArea->contextMenu()->isVisible()) << x;
+        EXPECT_EQ(f.item(QStringLiteral("Insert handle"))->isEnabled(), insert) << x;
+        EXPECT_EQ(f.item(QStringLiteral("Delete handle"))->isEnabled(), deleteHandle) << x;
+        EXPECT_EQ(f.item(QStringLiteral("Delete interval"))->isEnabled(), deleteInterval) << x;
+        EXPECT_EQ(f.item(QStringLiteral("Expand left neighbor"))->isEnabled(), expandLeft) << x;
+        EXPECT_EQ(f.item(QStringLiteral("Expand right neighbor"))->isEnabled(), expandRight);
+        EXPECT_FALSE(f.item(QStringLiteral("Paste opacity curve"))->isEnabled()) << x;
+        f.workArea->contextMenu()->hide();
+    }
     WorkAreaFixture f;
     f.workArea->setObjectInfo(nullptr);
     f.contextMenu(f.widgetPoint(100, 80));
     EXPECT_FALSE(f.workArea->contextMenu()->isVisible());
 }
 
-TEST(WorkAreaMenu, NewIntervalAndResetCommands)
+// The commands of the menu change the model and report it once each.
+TEST(WorkAreaMenu, Commands)
 {
     WorkAreaFixture f;
-    QMenu* menu = f.workArea->contextMenu();
     QSignalSpy info(f.workArea, &OXWLUTWorkArea::objectInfoChanged);
-    f.contextMenu(f.widgetPoint(60, 80));
-    f.item(QStringLiteral("At right side"))->trigger();
-    menu->hide();
+    QSignalSpy opacity(f.workArea, &OXWLUTWorkArea::objectOpacityChanged);
+    runMenuItem(f, 60, 80, QStringLiteral("At right side"));
     ASSERT_EQ(f.model->intervalCount(), 2);
     EXPECT_FLOAT_EQ(f.interval(1)->from(), 0.375f);
-    f.contextMenu(f.widgetPoint(20, 80));
-    f.item(QStringLiteral("Full opaque"))->trigger();
-    menu->hide();
-    EXPECT_FLOAT_EQ(handleY(f, 0, 0), 1.0f);
-    EXPECT_FLOAT_EQ(handleY(f, 0, 1), 1.0f);
-    f.contextMenu(f.widgetPoint(20, 80));
-    f.item(QStringLiteral("Full transparent"))->trigger();
-    menu->hide();
+    const std::pair<const char*, float> resets[] = {
+        {"Full opaque", 1.0f}, {"Full transparent", 0.0f}, {"Default", 1.0f}};
+    for (const auto& [item, last] : resets) {
+        runMenuItem(f, 20, 80, QString::fromLatin1(item));
+        EXPECT_FLOAT_EQ(handleY(f, 0, 1), last) << item;
+    }
     EXPECT_FLOAT_EQ(handleY(f, 0, 0), 0.0f);
-    EXPECT_FLOAT_EQ(handleY(f, 0, 1), 0.0f);
-    f.contextMenu(f.widgetPoint(20, 80));
-    f.item(QStringLiteral("Default"))->trigger();
-    menu->hide();
-    EXPECT_FLOAT_EQ(handleY(f, 0, 1), 1.0f);
-    EXPECT_EQ(info.count(), 4);
-}
-
-TEST(WorkAreaMenu, PasteStretchesTheCopiedCurve)
-{
-    WorkAreaFixture f;
-    splitInHalves(f);
-    f.setOpacityCurve(0, {{0, 0.2f}, {4, 0.9f}, {7, 0.3f}});
-    QMenu* menu = f.workArea->contextMenu();
-    f.contextMenu(f.widgetPoint(40, 90));
-    f.item(QStringLiteral("Copy opacity curve"))->trigger();
-    menu->hide();
-    f.contextMenu(f.widgetPoint(120, 90));
-    f.item(QStringLiteral("Paste opacity curve"))->trigger();
-    menu->hide();
+    // Copy and paste stretch the curve over the target.
+    f.setOpacityCurve(0, {{0, 0.2f}, {3, 0.6f}, {5, 0.3f}});
+    runMenuItem(f, 20, 90, QStringLiteral("Copy opacity curve"));
+    EXPECT_EQ(f.workArea->opacityClipboard().size(), 3u);
+    runMenuItem(f, 120, 90, QStringLiteral("Paste opacity curve"));
+    EXPECT_TRUE(f.item(QStringLiteral("Paste opacity curve"))->isEnabled());
     ASSERT_EQ(f.interval(1)->handles(Opacity).size(), 3u);
-    EXPECT_FLOAT_EQ(handleY(f, 1, 0), 0.2f);
-    EXPECT_FLOAT_EQ(handleY(f, 1, 1), 0.9f);
-    EXPECT_FLOAT_EQ(handleY(f, 1, 2), 0.3f);
-}
-
-TEST(WorkAreaMenu, HistogramItemTogglesItsText)
-{
-    WorkAreaFixture f;
-    QMenu* menu = f.workArea->contextMenu();
-    QAction* toggle = f.item(QStringLiteral("Disable histogram"));
-    ASSERT_NE(toggle, nullptr);
-    toggle->trigger();
-    EXPECT_FALSE(f.workArea->isHistogramVisible());
-    EXPECT_EQ(toggle->text(), QStringLiteral("Enable histogram"));
-    toggle->trigger();
-    EXPECT_TRUE(f.workArea->isHistogramVisible());
-    EXPECT_EQ(toggle->text(), QStringLiteral("Disable histogram"));
-    QSignalSpy save(f.workArea, &OXWLUTWorkArea::histogramSaveActivated);
-    f.item(QStringLiteral("Save (*.csv)"))->trigger();
-    EXPECT_EQ(save.count(), 1);
-    menu->hide();
-}
-
-// --- zoom
-
-TEST(WorkAreaZoom, InOutAndReset)
-{
-    WorkAreaFixture f;
-    QSignalSpy zoom(f.workArea, &OXWLUTWorkArea::verticalZoomChanged);
-    QMenu* menu = f.workArea->contextMenu();
-    f.item(QStringLiteral("Zoom in"))->trigger();
-    f.item(QStringLiteral("Zoom in"))->trigger();
-    EXPECT_FLOAT_EQ(f.model->visibleOpacityFrom(), 0.0f);
-    EXPECT_FLOAT_EQ(f.model->visibleOpacityTo(), 0.25f);
-    EXPECT_FLOAT_EQ(f.model->verticalZoom(), 4.0f);
-    f.item(QStringLiteral("Zoom reset"))->trigger();
-    EXPECT_FLOAT_EQ(f.model->visibleOpacityTo(), 1.0f);
-    EXPECT_FLOAT_EQ(f.model->verticalZoom(), 1.0f);
-    f.model->setVisibleOpacityRange(0.5f, 1.0f);
-    f.model->setVerticalZoom(2.0f);
-    f.item(QStringLiteral("Zoom out"))->trigger();
-    EXPECT_FLOAT_EQ(f.model->visibleOpacityFrom(), 0.0f);
-    EXPECT_FLOAT_EQ(f.model->visibleOpacityTo(), 1.0f);
-    EXPECT_FLOAT_EQ(f.model->verticalZoom(), 1.0f);
-    EXPECT_EQ(zoom.count(), 4);
-    menu->hide();
-}
-
-TEST(WorkAreaZoom, DragUpZoomsInDragDownZoomsOut)
-{
-    WorkAreaFixture f;
-    QSignalSpy zoom(f.workArea, &OXWLUTWorkArea::verticalZoomChanged);
-    const QPoint start = f.widgetPoint(120, 90);
-    f.move(start);
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverInside);
-    f.press(start);
-    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressZoom);
-    // The widget is 104 pixels high: 52 pixels up is r = 0.5.
-    f.move(start + QPoint(0, -52));
-    EXPECT_FLOAT_EQ(f.model->verticalZoom(), 1.5f);
-    EXPECT_NEAR(f.model->visibleOpacityTo(), 1.0f / 1.5f, 1e-6f);
-    f.move(start);
-    EXPECT_NEAR(f.model->verticalZoom(), 1.0f, 1e-6f);
-    EXPECT_NEAR(f.model->visibleOpacityTo(), 1.0f, 1e-6f);
-    EXPECT_EQ(zoom.count(), 2);
-    f.release(start);
+    for (int k = 0; k < 3; ++k) {
+        EXPECT_FLOAT_EQ(handleY(f, 1, k), handleY(f, 0, k));
+    }
+    runMenuItem(f, 35, 39, QStringLiteral("Delete handle"));
+    EXPECT_EQ(f.interval(0)->handles(Opacity).size(), 2u);
+    runMenuItem(f, 20, 80, QStringLiteral("Disable interval"));
+    EXPECT_FALSE(f.interval(0)->isEnabled());
+    runMenuItem(f, 20, 80, QStringLiteral("Enable interval"));
+    EXPECT_TRUE(f.interval(0)->isEnabled());
+    runMenuItem(f, 120, 90, QStringLiteral("Expand left neighbor"));
+    EXPECT_EQ(f.model->intervalCount(), 1);
+    EXPECT_EQ(f.workArea->currentInterval(), nullptr);
+    EXPECT_EQ(info.count(), 8);
+    EXPECT_EQ(opacity.count(), 1);
 }

@@ -1,4 +1,6 @@
-// The pictures of the work area, read from its off-screen buffer.
+// The pictures of the work area, read from its off-screen buffer: contents pixels of a
+// 160 x 100 view of 16 cells (cell c spans x = 10 c .. 10 c + 9, opacity h lies on row
+// 99 - 100 h) unless a test says otherwise.
 
 #include "WorkAreaFixture.h"
 
@@ -6,310 +8,192 @@
 
 #include <QFontMetrics>
 #include <QPainter>
+#include <QSignalSpy>
 #include <QTimer>
 
 #include <gtest/gtest.h>
 
+#include <array>
+#include <functional>
+#include <tuple>
+
 using workarea_test::WorkAreaFixture;
+using Hover = OXWLUTWorkArea::HoverMode;
 
 namespace {
 
-const QRgb DarkGray = QColor(Qt::darkGray).rgb();
-
-// The bounding box of the pixels of exactly this colour, optionally within rows [top, bottom].
-QRect boxOf(const QImage& image, QRgb colour, int top = 0, int bottom = -1)
+// The bounding box of the pixels in the area (all of the image by default) that pass the test.
+QRect boxWhere(const QImage& image, const std::function<bool(QRgb)>& test, QRect area = QRect())
 {
-    if (bottom < 0) {
-        bottom = image.height() - 1;
-    }
-    QRect box;
-    for (int y = top; y <= bottom; ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if (image.pixel(x, y) == colour) {
-                box |= QRect(x, y, 1, 1);
-            }
-        }
-    }
-    return box;
-}
-
-// The run of pixels of the colour in row y that contains column x.
-int runWidth(const QImage& image, int x, int y, QRgb colour)
-{
-    if (image.pixel(x, y) != colour) {
-        return 0;
-    }
-    int left = x;
-    while (left > 0 && image.pixel(left - 1, y) == colour) {
-        --left;
-    }
-    int right = x;
-    while (right < image.width() - 1 && image.pixel(right + 1, y) == colour) {
-        ++right;
-    }
-    return right - left + 1;
-}
-
-// The box of the full-strength pixels of text drawn in the font into the rectangle of a
-// picture of the buffer's size: where the widget, drawing with the same font, puts them.
-QRect inkBox(const WorkAreaFixture& f, const QFont& font, const QRect& rect, const QString& text)
-{
-    QPixmap probe(f.workArea->buffer().size());
-    probe.fill(f.workArea->palette().color(QPalette::Window));
-    QPainter painter(&probe);
-    painter.setFont(font);
-    painter.setPen(QColor(255, 0, 0));
-    painter.drawText(rect, Qt::AlignCenter | Qt::TextWordWrap, text);
-    painter.end();
-    return boxOf(probe.toImage(), qRgb(255, 0, 0));
-}
-
-// The red headline as the widget's message screen draws it: bold, centred half a line above
-// the middle of the buffer.
-QRect expectedHeadline(const WorkAreaFixture& f, const QString& text)
-{
-    const QFont base = f.workArea->font();
-    QFont bold = base;
-    bold.setWeight(75);
-    const int half = QFontMetrics(base).height() / 2;
-    return inkBox(f, bold, QRect(QPoint(0, -half), f.workArea->buffer().size()), text);
-}
-
-// The bounding box of the pixels that differ from the background within the rows and columns.
-QRect boxNot(const QImage& image, QRgb background, const QRect& area)
-{
+    area = area.isNull() ? image.rect() : area & image.rect();
     QRect box;
     for (int y = area.top(); y <= area.bottom(); ++y) {
         for (int x = area.left(); x <= area.right(); ++x) {
-            if (image.pixel(x, y) != background) {
-                box |= QRect(x, y, 1, 1);
-            }
+            box |= test(image.pixel(x, y)) ? QRect(x, y, 1, 1) : QRect();
         }
     }
     return box;
 }
 
-bool isDark(QRgb c)
+QRect boxOf(const QImage& image, QRgb colour, const QRect& area = QRect())
 {
-    return qRed(c) < 60 && qGreen(c) < 60 && qBlue(c) < 60;
+    return boxWhere(
+        image, [colour](QRgb c) { return c == colour; }, area);
 }
 
-QRect darkBox(const QImage& image)
+// Where the widget, drawing text in the font centred into the rectangle, puts its full-strength
+// pixels.
+QRect textBox(const WorkAreaFixture& f, const QFont& font, const QRect& rect, const QString& text)
 {
-    QRect box;
-    for (int y = 0; y < image.height(); ++y) {
-        for (int x = 0; x < image.width(); ++x) {
-            if (isDark(image.pixel(x, y))) {
-                box |= QRect(x, y, 1, 1);
-            }
-        }
-    }
-    return box;
+    QImage probe(f.workArea->buffer().size(), QImage::Format_RGB32);
+    probe.fill(Qt::white);
+    QPainter painter(&probe);
+    painter.setFont(font);
+    painter.setPen(Qt::red);
+    painter.drawText(rect, Qt::AlignCenter | Qt::TextWordWrap, text);
+    painter.end();
+    return boxOf(probe, qRgb(255, 0, 0));
 }
 
 } // namespace
 
-// --- message screens
-
-TEST(WorkAreaRender, NoModelNoRenderObject)
+// Without something to edit the widget says why: a red bold headline half a line above the
+// middle, an explanation below it in the text colour, on the background.
+TEST(WorkAreaRender, MessageScreens)
 {
-    WorkAreaFixture f(16, 400, 100);
-    f.workArea->setRenderObject(nullptr);
-    f.workArea->setObjectInfo(nullptr);
-    f.workArea->updateAll();
-    const QImage image = f.image();
-    const QRect red = boxOf(image, qRgb(255, 0, 0));
-    ASSERT_FALSE(red.isNull());
-    EXPECT_LT(red.bottom(), image.height() / 2);
-    EXPECT_EQ(red, expectedHeadline(f, QStringLiteral("No volume or ROI selected.")));
-    // The explanation below the middle, in the text colour.
-    const QRgb text = f.workArea->palette().color(QPalette::WindowText).rgb();
-    const QRect below = boxOf(image, text, image.height() / 2, image.height() - 1);
-    EXPECT_FALSE(below.isNull());
-    // The rest is the background.
-    EXPECT_EQ(image.pixel(1, 1), f.workArea->palette().color(QPalette::Window).rgb());
-}
-
-TEST(WorkAreaRender, RenderObjectWithoutModel)
-{
-    WorkAreaFixture f(16, 400, 100);
-    f.workArea->setObjectInfo(nullptr);
-    f.workArea->updateAll();
-    const QRect red = boxOf(f.image(), qRgb(255, 0, 0));
-    ASSERT_FALSE(red.isNull());
-    EXPECT_EQ(red, expectedHeadline(f, QStringLiteral("ROI contains no render settings.")));
-}
-
-TEST(WorkAreaRender, MissingRightsReplaceEitherMessage)
-{
-    WorkAreaFixture f(16, 400, 100);
-    f.rights.setAllowClassificationEdit(false);
-    f.workArea->setRights(&f.rights);
-    f.workArea->setObjectInfo(nullptr);
-    f.workArea->updateAll();
-    const QRect expected =
-        expectedHeadline(f, QStringLiteral("Rendering settings cannot be changed."));
-    EXPECT_EQ(boxOf(f.image(), qRgb(255, 0, 0)), expected);
-    f.workArea->setRenderObject(nullptr);
-    f.workArea->updateAll();
-    EXPECT_EQ(boxOf(f.image(), qRgb(255, 0, 0)), expected);
-    // A disabled widget with a model shows the message screen too.
-    f.workArea->setObjectInfo(f.model.get());
-    f.workArea->setEnabled(false);
-    f.workArea->updateAll();
-    EXPECT_EQ(boxOf(f.image(), qRgb(255, 0, 0)), expected);
-    // Rights granted again, enabled: the classification is drawn.
-    f.rights.setAllowClassificationEdit(true);
-    f.workArea->setEnabled(true);
-    f.workArea->updateAll();
-    EXPECT_TRUE(boxOf(f.image(), qRgb(255, 0, 0)).isNull());
-}
-
-TEST(WorkAreaRender, GoneRightsObjectMeansAllowed)
-{
-    WorkAreaFixture f(16, 400, 100);
-    {
-        OXMTulvoRights rights;
-        rights.setAutoDelete(false);
-        rights.setAllowClassificationEdit(false);
-        f.workArea->setRights(&rights);
-        EXPECT_EQ(f.workArea->rights(), &rights);
+    const QString noRights = QStringLiteral("Rendering settings cannot be changed.");
+    const QString noSettings = QStringLiteral("ROI contains no render settings.");
+    const std::tuple<bool, bool, bool, bool, QString> cases[] = {
+        {false, false, false, true, QStringLiteral("No volume or ROI selected.")},
+        {false, true, false, true, noSettings},
+        {true, true, false, true, noRights},
+        {true, false, false, true, noRights},
+        {true, true, true, false, noRights}};
+    for (const auto& [denied, renderObject, model, enabled, headline] : cases) {
+        WorkAreaFixture f(16, 400, 100);
+        f.rights.setAllowClassificationEdit(!denied);
+        f.workArea->setRights(&f.rights);
+        f.workArea->setRenderObject(renderObject ? &f.renderObject : nullptr);
+        f.workArea->setObjectInfo(model ? f.model.get() : nullptr);
+        f.workArea->setEnabled(enabled);
+        f.workArea->updateAll();
+        const QImage image = f.image();
+        QFont bold = f.workArea->font();
+        bold.setWeight(75);
+        const int half = QFontMetrics(f.workArea->font()).height() / 2;
+        EXPECT_EQ(boxOf(image, qRgb(255, 0, 0)),
+                  textBox(f, bold, QRect(QPoint(0, -half), image.size()), headline))
+            << headline.toStdString();
+        const QRgb text = f.workArea->palette().color(QPalette::WindowText).rgb();
+        EXPECT_FALSE(boxOf(image, text, QRect(0, 50, 400, 50)).isNull());
+        EXPECT_EQ(image.pixel(1, 1), f.workArea->palette().color(QPalette::Window).rgb());
     }
-    EXPECT_EQ(f.workArea->rights(), nullptr);
-    f.workArea->setObjectInfo(nullptr);
-    f.workArea->updateAll();
-    EXPECT_EQ(boxOf(f.image(), qRgb(255, 0, 0)),
-              expectedHeadline(f, QStringLiteral("ROI contains no render settings.")));
 }
 
-// --- intervals and handles
-
-TEST(WorkAreaRender, HandleRectangleCoversItsCellLessTheFirstColumn)
-{
-    WorkAreaFixture f(16);
-    f.setOpacityCurve(0, {{0, 0.5f}, {8, 0.5f}, {15, 0.5f}});
-    const QImage image = f.image();
-    // Cell 8 spans pixels 80..89; the handle's rows are 45..52 around row 49.
-    EXPECT_EQ(runWidth(image, 85, 46, DarkGray), 9);
-    EXPECT_EQ(image.pixel(80, 46) == DarkGray, false);
-    EXPECT_EQ(image.pixel(81, 46), DarkGray);
-    EXPECT_EQ(image.pixel(89, 46), DarkGray);
-    EXPECT_EQ(image.pixel(85, 45), DarkGray);
-    EXPECT_EQ(image.pixel(85, 52), DarkGray);
-    EXPECT_NE(image.pixel(85, 44), DarkGray);
-    EXPECT_NE(image.pixel(85, 53), DarkGray);
-}
-
-TEST(WorkAreaRender, NarrowCellsGiveSevenPixelHandles)
-{
-    WorkAreaFixture f(256);
-    f.setOpacityCurve(0, {{0, 0.5f}, {128, 0.5f}, {255, 0.5f}});
-    const QImage image = f.image();
-    const int p = f.workArea->pixelFromPosition(128.5f / 256.0f);
-    EXPECT_EQ(runWidth(image, p, 46, DarkGray), 7);
-    EXPECT_EQ(image.pixel(p - 3, 46), DarkGray);
-    EXPECT_EQ(image.pixel(p + 3, 46), DarkGray);
-}
-
-TEST(WorkAreaRender, DisabledIntervalIsGreyedWithALabel)
+// Equal bins: the bars fill half the height (twice the mean is the full height). A disabled
+// interval is greyed and says so on the line below its name.
+TEST(WorkAreaRender, HistogramBarsAndDisabledIntervals)
 {
     WorkAreaFixture f;
-    // Curve at full opacity (above the view) so that only background and bars are below.
-    f.setOpacityCurve(0, {{0, 1.0f}, {15, 1.0f}});
+    f.setOpacityCurve(0, {{0, 1.0f}, {15, 1.0f}}); // the curve above the view
     const QImage enabled = f.image();
-    const QRect enabledName = boxOf(enabled, QColor(Qt::white).darker(200).rgb());
     f.interval(0)->setEnabled(false);
     f.workArea->updateAll();
     const QImage image = f.image();
-    // Equal bins: the bars fill half the height (twice the mean is the full height).
-    EXPECT_EQ(image.pixel(40, 30), qRgb(204, 204, 204));
-    EXPECT_EQ(image.pixel(40, 90), qRgb(163, 163, 163));
     EXPECT_EQ(enabled.pixel(40, 30), qRgb(255, 255, 255));
     EXPECT_EQ(enabled.pixel(40, 90), qRgb(204, 204, 204));
-    // The name in (102, 102, 102) on its line of the 9-point font, and "(disabled)" on the
-    // line below (the columns of the rotated axis title at the left edge are left out).
+    EXPECT_EQ(image.pixel(40, 30), qRgb(204, 204, 204));
+    EXPECT_EQ(image.pixel(40, 90), qRgb(163, 163, 163));
     QFont nameFont = f.workArea->font();
     nameFont.setPointSize(9);
     const QFontMetrics metrics(nameFont);
-    const int lineHeight = metrics.height();
-    const QRect name = boxOf(image, qRgb(102, 102, 102));
-    ASSERT_FALSE(name.isNull());
-    ASSERT_FALSE(enabledName.isNull());
-    EXPECT_EQ(name.top(), enabledName.top());
-    EXPECT_LT(enabledName.bottom(), lineHeight);
-    EXPECT_GE(name.bottom(), lineHeight);
-    EXPECT_LT(name.bottom(), 2 * lineHeight);
-    const QRect secondLine(20, lineHeight, 120, lineHeight);
-    const QRect label = boxNot(image, qRgb(204, 204, 204), secondLine);
-    ASSERT_FALSE(label.isNull());
+    const QRect secondLine(20, metrics.height(), 120, metrics.height());
+    const QRect label = boxWhere(
+        image, [](QRgb c) { return c != qRgb(204, 204, 204); }, secondLine);
     EXPECT_NEAR(label.width(), metrics.boundingRect(QStringLiteral("(disabled)")).width(), 3);
     EXPECT_NEAR(label.center().x(), 80, 3);
-    EXPECT_TRUE(boxNot(enabled, qRgb(255, 255, 255), secondLine).isNull());
+    EXPECT_TRUE(boxWhere(
+                    enabled, [](QRgb c) { return c != qRgb(255, 255, 255); }, secondLine)
+                    .isNull());
+    // The bars scale with the zoom and can be hidden; without a histogram object nothing is
+    // drawn, the last picture stays.
+    f.interval(0)->setEnabled(true);
+    f.model->setVerticalZoom(2.0f);
+    f.workArea->updateAll();
+    EXPECT_EQ(f.image().pixel(40, 40), qRgb(204, 204, 204));
+    QMetaObject::invokeMethod(f.workArea, "histogramDisable");
+    EXPECT_EQ(f.image().pixel(40, 90), qRgb(255, 255, 255));
+    f.workArea->setHistogramObject(nullptr);
+    const QImage before = f.image();
+    f.model->setVerticalZoom(1.0f);
+    f.workArea->updateAll();
+    EXPECT_EQ(f.image(), before);
 }
 
-TEST(WorkAreaRender, BlueLeftBorders)
+// Blue lines mark the left borders of the intervals. The axis titles: the vertical one rotated
+// along the left edge, below the names; the horizontal one at the bottom, ending ten pixels
+// from the right.
+TEST(WorkAreaRender, BordersAndAxisTitles)
 {
     WorkAreaFixture f;
     ASSERT_TRUE(f.model->newInterval(0.5f, false));
     f.workArea->updateAll();
     const QImage image = f.image();
-    for (int y = 20; y < 95; ++y) {
-        EXPECT_EQ(image.pixel(80, y), qRgb(0, 0, 255)) << y;
-        EXPECT_EQ(image.pixel(0, y), qRgb(0, 0, 255)) << y;
-    }
-    EXPECT_NE(image.pixel(79, 60), qRgb(0, 0, 255));
-    EXPECT_NE(image.pixel(81, 60), qRgb(0, 0, 255));
+    EXPECT_EQ(boxOf(image, qRgb(0, 0, 255), QRect(0, 20, 1, 75)), QRect(0, 20, 1, 75));
+    EXPECT_EQ(boxOf(image, qRgb(0, 0, 255), QRect(1, 20, 159, 75)), QRect(80, 20, 1, 75));
+    auto dark = [](QRgb c) { return qGray(c) < 180; };
+    const QRect vertical = boxWhere(image, dark, QRect(1, 14, 10, 36));
+    EXPECT_GT(vertical.height(), 3 * vertical.width());
+    const QRect horizontal = boxWhere(image, dark, QRect(80, 85, 80, 15));
+    EXPECT_GT(horizontal.width(), 3 * horizontal.height());
+    EXPECT_NEAR(horizontal.right(), 150, 3);
 }
 
-TEST(WorkAreaRender, IsosurfaceMarkerColours)
+// The isosurface marker is a full-height line, light red while inactive, red while active,
+// clamped into the axis. Active, it wins over a segment within a pixel, a handle wins over it,
+// and a drag moves it within the axis.
+TEST(WorkAreaRender, TheIsosurfaceMarker)
 {
     WorkAreaFixture f;
     f.model->setIsosurface(0.25f);
     f.workArea->updateAll();
-    EXPECT_NE(f.image().pixel(40, 80), qRgb(255, 160, 160));
-    f.workArea->setIsosurfaceShown(true);
-    f.workArea->updateAll();
-    QImage image = f.image();
-    for (int y = 20; y < 95; ++y) {
-        EXPECT_EQ(image.pixel(40, y), qRgb(255, 160, 160)) << y;
+    EXPECT_TRUE(boxOf(f.image(), qRgb(255, 160, 160)).isNull());
+    const std::tuple<bool, float, int, QRgb> cases[] = {{false, 0.25f, 40, qRgb(255, 160, 160)},
+                                                        {true, -3.0f, 0, qRgb(255, 0, 0)},
+                                                        {true, 0.5f, 80, qRgb(255, 0, 0)}};
+    for (const auto& [active, position, column, colour] : cases) {
+        f.model->setIsosurface(position);
+        f.workArea->setIsosurfaceShown(true);
+        f.workArea->setIsosurfaceActive(active);
+        f.workArea->updateAll();
+        const QRect line(column, 20, 1, 75);
+        EXPECT_EQ(boxOf(f.image(), colour, line), line) << active << " " << position;
     }
-    f.workArea->setIsosurfaceActive(true);
-    f.workArea->updateAll();
-    image = f.image();
-    for (int y = 20; y < 95; ++y) {
-        EXPECT_EQ(image.pixel(40, y), qRgb(255, 0, 0)) << y;
+    const std::tuple<bool, int, int> probes[] = {{false, 81, Hover::HoverSegment},
+                                                 {true, 82, Hover::HoverSegment},
+                                                 {true, 81, Hover::HoverIsosurface}};
+    for (const auto& [active, x, hover] : probes) {
+        f.workArea->setIsosurfaceActive(active);
+        f.move(f.widgetPoint(x, 49));
+        EXPECT_EQ(f.workArea->hoverMode(), hover) << active << " " << x;
     }
-    // Clamped into the axis.
-    f.model->setIsosurface(-3.0f);
-    f.workArea->updateAll();
-    EXPECT_EQ(f.image().pixel(0, 60), qRgb(255, 0, 0));
+    EXPECT_EQ(f.workArea->cursor().shape(), Qt::SizeHorCursor);
+    QSignalSpy iso(f.workArea, &OXWLUTWorkArea::isosurfaceChanged);
+    f.press(f.widgetPoint(80, 49));
+    EXPECT_EQ(f.workArea->pressAction(), OXWLUTWorkArea::PressIsosurface);
+    f.move(f.widgetPoint(120, 49));
+    EXPECT_FLOAT_EQ(f.model->isosurface(), 0.75f);
+    f.move(f.widgetPoint(400, 49));
+    EXPECT_FLOAT_EQ(f.model->isosurface(), 1.0f);
+    EXPECT_EQ(iso.count(), 2);
+    f.release(f.widgetPoint(400, 49));
+    f.model->setIsosurface(15.5f / 16);
+    f.move(f.handlePoint(0, 1) + QPoint(0, 2));
+    EXPECT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverHandle);
 }
 
-TEST(WorkAreaRender, HistogramScalesWithTheZoomAndCanBeHidden)
-{
-    WorkAreaFixture f;
-    f.setOpacityCurve(0, {{0, 1.0f}, {15, 1.0f}});
-    const QRgb bar = qRgb(204, 204, 204);
-    EXPECT_EQ(f.image().pixel(40, 60), bar);
-    EXPECT_NE(f.image().pixel(40, 40), bar);
-    f.model->setVerticalZoom(2.0f);
-    f.workArea->updateAll();
-    EXPECT_EQ(f.image().pixel(40, 40), bar);
-    f.workArea->setIsosurfaceShown(false);
-    QMetaObject::invokeMethod(f.workArea, "histogramDisable");
-    EXPECT_EQ(f.image().pixel(40, 90), qRgb(255, 255, 255));
-}
-
-TEST(WorkAreaRender, NoHistogramObjectDrawsNothing)
-{
-    WorkAreaFixture f;
-    f.workArea->setHistogramObject(nullptr);
-    // Without a histogram object nothing is drawn: the last picture stays.
-    const QImage before = f.image();
-    f.workArea->updateAll();
-    EXPECT_EQ(f.image(), before);
-}
-
+// While the histogram is calculated the widget says so and polls; an aborted calculation only
+// restarts the poll.
 TEST(WorkAreaRender, CalculationInProgressAndAborted)
 {
     WorkAreaFixture f;
@@ -321,49 +205,70 @@ TEST(WorkAreaRender, CalculationInProgressAndAborted)
     QImage during;
     OXMenum outcome = OXM::NoError;
     histogram.addAction(new OXMAction(OXM::Calculate, [&](OXMObject&, void*, OXMTaskInfo&) {
-        // The widget renders while the calculation runs.
         f.workArea->updateAll();
         during = f.image();
         return outcome;
     }));
     f.workArea->setHistogramObject(&histogram);
-    timer->stop();
-    ASSERT_TRUE(histogram.execute(OXM::Calculate));
-    const QRgb background = f.workArea->palette().color(QPalette::Window).rgb();
-    EXPECT_EQ(during.pixel(1, 1), background);
-    const QRgb text = f.workArea->palette().color(QPalette::WindowText).rgb();
-    const QRect written = boxOf(during, text);
-    ASSERT_FALSE(written.isNull());
-    EXPECT_EQ(written, inkBox(f, f.workArea->font(), QRect(QPoint(), during.size()),
-                              QStringLiteral("calculation in progress...")));
-    EXPECT_TRUE(timer->isActive());
-
-    // An aborted calculation only restarts the timer.
-    timer->stop();
-    outcome = OXM::Abort;
-    EXPECT_FALSE(histogram.execute(OXM::Calculate));
+    for (OXMenum result : {OXM::NoError, OXM::Abort}) {
+        timer->stop();
+        outcome = result;
+        EXPECT_EQ(histogram.execute(OXM::Calculate), result == OXM::NoError);
+        EXPECT_TRUE(timer->isActive());
+    }
+    EXPECT_EQ(during.pixel(1, 1), f.workArea->palette().color(QPalette::Window).rgb());
+    EXPECT_EQ(boxOf(during, f.workArea->palette().color(QPalette::WindowText).rgb()),
+              textBox(f, f.workArea->font(), QRect(QPoint(), during.size()),
+                      QStringLiteral("calculation in progress...")));
     const QImage before = f.image();
     f.workArea->updateAll();
     EXPECT_EQ(f.image(), before);
-    EXPECT_TRUE(timer->isActive());
     f.workArea->setHistogramObject(nullptr);
 }
 
-TEST(WorkAreaRender, HandleLabelWhileHovering)
+// While the mouse is on a handle or drags, black labels tell the values: the grey value and
+// opacity of the handles above them; the grey values on both sides of a rubber band or a
+// border, at half height; the visible grey range at the edges and the zoom in the middle.
+TEST(WorkAreaRender, LabelsWhileHoveringAndDragging)
 {
-    WorkAreaFixture f;
-    f.setOpacityCurve(0, {{0, 0.0f}, {8, 0.5f}, {15, 1.0f}});
-    EXPECT_TRUE(darkBox(f.image()).isNull());
-    f.move(f.handlePoint(0, 1));
-    ASSERT_EQ(f.workArea->hoverMode(), OXWLUTWorkArea::HoverHandle);
-    const QRect label = darkBox(f.image());
-    ASSERT_FALSE(label.isNull());
-    // Above the handle (row 49), centred on it (column 85).
-    EXPECT_LT(label.bottom(), 49);
-    EXPECT_NEAR(label.center().x(), 85, 3);
-    // "8 / 0.5000" in the 8-point font.
-    QFont font = f.workArea->font();
-    font.setPointSize(8);
-    EXPECT_NEAR(label.width(),
-                QFontMetrics(font).boundingRect(QStringLiteral("8 / 0.5000")).width(), 6);
+    const QRect left(0, 30, 20, 40);
+    const QRect right(140, 30, 20, 40);
+    const QRect beforeX(70, 30, 30, 40); // x = 100 for the band, the border after the drag
+    const QRect afterX(101, 30, 30, 40);
+    const std::tuple<const char*, std::vector<std::pair<int, float>>, bool, QPoint, QPoint,
+                     std::vector<QRect>>
+        cases[] = {
+            {"handle", {{0, 0}, {8, 0.5f}, {15, 1}}, false, {}, {85, 49}, {{55, 25, 60, 24}}},
+            {"segment",
+             {{0, 0}, {4, 0.5f}, {11, 0.5f}, {15, 1}},
+             false,
+             {80, 49},
+             {80, 59},
+             {{10, 30, 70, 25}, {80, 30, 75, 25}}},
+            {"rubber band", {}, false, {157, 50}, {100, 50}, {beforeX, afterX}},
+            {"border", {}, true, {81, 50}, {101, 50}, {left, beforeX, afterX, right}},
+            {"zoom", {}, false, {120, 90}, {120, 38}, {left, {50, 30, 60, 40}, right}}};
+    auto ink = [](QRgb c) { return qRed(c) < 60 && qGreen(c) < 60 && qBlue(c) < 60; };
+    for (const auto& [what, curve, split, pressAt, moveTo, labels] : cases) {
+        WorkAreaFixture f;
+        if (!curve.empty()) {
+            f.setOpacityCurve(0, curve);
+        }
+        if (split) {
+            ASSERT_TRUE(f.model->newInterval(0.5f, false));
+            f.workArea->updateAll();
+        }
+        EXPECT_TRUE(boxWhere(f.image(), ink).isNull()) << what;
+        if (!pressAt.isNull()) {
+            f.move(f.widgetPoint(pressAt.x(), pressAt.y()));
+            f.press(f.widgetPoint(pressAt.x(), pressAt.y()));
+        }
+        f.move(f.widgetPoint(moveTo.x(), moveTo.y()));
+        QRect all;
+        for (const QRect& label : labels) {
+            EXPECT_FALSE(boxWhere(f.image(), ink, label).isNull()) << what << " " << label.x();
+            all |= label;
+        }
+        EXPECT_TRUE(all.contains(boxWhere(f.image(), ink))) << what;
+    }
 }
