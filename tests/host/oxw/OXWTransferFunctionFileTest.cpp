@@ -4,11 +4,15 @@
 
 #include <OXWJsonReader.h>
 #include <OXWTransferFunctionFile.h>
+#include <OXWTransferFunctionSampling.h>
 
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <array>
+#include <random>
 
 namespace {
 
@@ -206,6 +210,31 @@ TEST(OXWTransferFunctionFile, RefusesBadJsonNamingLineAndColumn)
             OXWTransferFunctionFile::readBytes(document, Format::ParaView, presets, error));
         EXPECT_TRUE(error.contains(QStringLiteral("no valid JSON (") + reason))
             << error.toStdString();
+    }
+}
+
+// The diverging interpolation halfway between two colours, where the sampling checks every
+// interval first, is computed without the angles of Msh: it meets the curve on both sides, across
+// the hue angle's seam, through white, next to grey and for any two colours.
+TEST(OXWTransferFunctionFile, DivergingHalfwayMeetsTheCurveAroundIt)
+{
+    std::vector<std::array<double, 6>> pairs = {{0.2, 0.5, 0.45, 0.2, 0.49, 0.44},  // seam
+                                                {0.23, 0.3, 0.75, 0.7, 0.02, 0.15}, // white
+                                                {0.5, 0.5, 0.5, 0.9, 0.1, 0.1},     // grey
+                                                {0.5, 0.5, 0.5, 0.51, 0.5, 0.5}};
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (int k = 0; k < 1000; ++k)
+        pairs.push_back(
+            {unit(random), unit(random), unit(random), unit(random), unit(random), unit(random)});
+    for (const auto& p : pairs) {
+        double at[3], before[3], after[3];
+        const auto space = OXWTransferFunctionSampling::ColorSpace::Diverging;
+        OXWTransferFunctionSampling::interpolate(space, &p[0], &p[3], 0.5, at);
+        OXWTransferFunctionSampling::interpolate(space, &p[0], &p[3], 0.5 - 1e-7, before);
+        OXWTransferFunctionSampling::interpolate(space, &p[0], &p[3], 0.5 + 1e-7, after);
+        for (int c = 0; c < 3; ++c)
+            ASSERT_NEAR(at[c], 0.5 * (before[c] + after[c]), 1e-6) << p[0] << " " << p[3];
     }
 }
 
