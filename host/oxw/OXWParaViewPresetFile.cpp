@@ -1,5 +1,6 @@
 #include "OXWParaViewPresetFile.h"
 
+#include "OXWJsonReader.h"
 #include "OXWTransferFunctionSampling.h"
 
 #include <QCoreApplication>
@@ -7,111 +8,152 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 
+#include <algorithm>
 #include <cmath>
 
 namespace {
 
 using Sampling = OXWTransferFunctionSampling;
+using Json = OXWJsonReader;
+using Type = OXWJsonReader::Type;
 
 QString tr(const char* text)
 {
     return QCoreApplication::translate("OXWParaViewPresetFile", text);
 }
 
-bool toNumber(const QJsonValue& value, double& number)
+// A colour map: an object of the document.
+struct Map
 {
-    bool ok = value.isDouble();
-    number = ok ? value.toDouble() : value.toString().trimmed().toDouble(&ok);
+    const Json& json;
+    int index;
+
+    // The index of the member key's value; -1 when there is none.
+    int value(const char* key) const { return json.member(index, QLatin1String(key)); }
+    bool contains(const char* key) const { return value(key) >= 0; }
+};
+
+bool toNumber(const Json& json, int index, double& number)
+{
+    const Json::Value& value = json.at(index);
+    bool ok = value.type == Type::Number;
+    number = ok ? value.number : json.text(index).trimmed().toDouble(&ok);
     return ok && std::isfinite(number);
 }
 
-// The numbers of a list in groups of `group`; false (with the reason) when it holds a
-// non-number or an incomplete group.
-bool readNumbers(const QJsonObject& map, const char* key, int group, std::vector<double>& numbers,
-                 QString& refused)
+bool isTrue(const Json& json, int index)
 {
-    const QJsonArray list = map.value(QLatin1String(key)).toArray();
-    if (list.size() % group != 0) {
-        refused = tr("\"%1\" holds %2 numbers, not a multiple of %3")
-                      .arg(QLatin1String(key))
-                      .arg(list.size())
-                      .arg(group);
+    if (index < 0)
         return false;
-    }
-    numbers.resize(std::size_t(list.size()));
-    for (int i = 0; i < list.size(); ++i) {
-        if (!toNumber(list.at(i), numbers[std::size_t(i)])) {
-            refused = tr("\"%1\" holds something other than a finite number at %2")
-                          .arg(QLatin1String(key))
-                          .arg(i);
-            return false;
-        }
-    }
-    return true;
+    const Json::Value& value = json.at(index);
+    if (value.type == Type::Boolean)
+        return value.flag;
+    return value.type == Type::Number ? value.number != 0.0
+                                      : json.text(index) == QLatin1String("1");
 }
 
-bool isTrue(const QJsonValue& value)
+void noteLeftOut(const Map& map, OXWTransferFunction& tf)
 {
-    return value.isBool() ? value.toBool() : value.toDouble() != 0.0 || value.toString() == "1";
-}
-
-void noteLeftOut(const QJsonObject& map, OXWTransferFunction& tf)
-{
-    if (map.contains(QLatin1String("NanColor")))
+    if (map.contains("NanColor"))
         tf.leftOut << tr("NaN colour");
-    if (isTrue(map.value(QLatin1String("UseLogScale"))))
+    if (isTrue(map.json, map.value("UseLogScale")))
         tf.leftOut << tr("log scale");
-    if (map.contains(QLatin1String("IndexedColors")) || map.contains(QLatin1String("Annotations")))
+    if (map.contains("IndexedColors") || map.contains("Annotations"))
         tf.leftOut << tr("categorical colours");
 }
 
-Sampling::ColorSpace colorSpaceOf(const QJsonObject& map, OXWTransferFunction& tf)
+Sampling::ColorSpace colorSpaceOf(const Map& map, OXWTransferFunction& tf)
 {
     Sampling::ColorSpace space = Sampling::ColorSpace::Diverging;
-    const QJsonValue name = map.value(QLatin1String("ColorSpace"));
-    if (!name.isUndefined() && !Sampling::colorSpaceFromName(name.toString(), space))
-        tf.leftOut << tr("colour space \"%1\" (read as Diverging)").arg(name.toString());
+    const int value = map.value("ColorSpace");
+    const QString name = map.json.text(value);
+    if (value >= 0 && !Sampling::colorSpaceFromName(name, space))
+        tf.leftOut << tr("colour space \"%1\" (read as Diverging)").arg(name);
     return space;
 }
 
-bool readColours(const QJsonObject& map, OXWTransferFunction& tf)
+// The numbers of the list at index (size of them; numbers given as text are converted into
+// converted) and the index of the first that is no finite number (-1: none).
+const double* numbersOf(const Json& json, int list, int size, std::vector<double>& converted,
+                        int& bad)
 {
-    std::vector<double> n;
-    if (!readNumbers(map, "RGBPoints", 4, n, tf.refused))
+    const double* numbers = json.numbers(list); // null when not all are numbers
+    const auto notFinite = [](double x) { return !std::isfinite(x); };
+    if (numbers) {
+        bad = int(std::find_if(numbers, numbers + size, notFinite) - numbers);
+    } else {
+        converted.resize(std::size_t(size));
+        int item = list + 1;
+        for (bad = 0; bad < size && toNumber(json, item, converted[std::size_t(bad)]); ++bad)
+            item = json.next(item);
+        numbers = converted.data();
+    }
+    bad = bad < size ? bad : -1;
+    return numbers;
+}
+
+// The numbers of a list in fours, as nodes; false (with the reason) when it holds a non-number
+// or an incomplete group.
+template <typename Node>
+bool readNodes(const Map& map, const char* key, std::vector<Node>& nodes, QString& refused)
+{
+    const int list = map.value(key);
+    const int size = map.json.type(list) == Type::Array ? map.json.size(list) : 0;
+    if (size % 4 != 0) {
+        refused = tr("\"%1\" holds %2 numbers, not a multiple of %3")
+                      .arg(QLatin1String(key))
+                      .arg(size)
+                      .arg(4);
         return false;
-    std::vector<OXWTransferFunction::ColourPoint> nodes;
-    for (std::size_t i = 0; i + 3 < n.size(); i += 4)
+    }
+    std::vector<double> converted;
+    int bad = -1;
+    const double* n = numbersOf(map.json, list, size, converted, bad);
+    if (bad >= 0) {
+        refused = tr("\"%1\" holds something other than a finite number at %2")
+                      .arg(QLatin1String(key))
+                      .arg(bad);
+        return false;
+    }
+    nodes.reserve(std::size_t(size / 4));
+    for (int i = 0; i < size; i += 4)
         nodes.push_back({n[i], n[i + 1], n[i + 2], n[i + 3]});
+    return true;
+}
+
+bool readColours(const Map& map, OXWTransferFunction& tf)
+{
+    std::vector<OXWTransferFunction::ColourPoint> nodes;
+    if (!readNodes(map, "RGBPoints", nodes, tf.refused))
+        return false;
     tf.fileColourPoints = int(nodes.size());
     if (!Sampling::sampleColours(nodes, colorSpaceOf(map, tf), tf.colours))
         tf.refused = tr("the colour points make too many samples");
     return tf.refused.isEmpty();
 }
 
-bool readOpacity(const QJsonObject& map, OXWTransferFunction& tf)
+bool readOpacity(const Map& map, OXWTransferFunction& tf)
 {
-    std::vector<double> n;
-    if (!readNumbers(map, "Points", 4, n, tf.refused))
-        return false;
     std::vector<Sampling::OpacityNode> nodes;
-    for (std::size_t i = 0; i + 3 < n.size(); i += 4)
-        nodes.push_back({n[i], n[i + 1], n[i + 2], n[i + 3]});
+    if (!readNodes(map, "Points", nodes, tf.refused))
+        return false;
+    tf.fileOpacityPoints = int(nodes.size());
     if (nodes.empty() && !tf.colours.empty()) // ParaView's default: a ramp
         nodes = {{tf.colours.front().x, 0.0, 0.5, 0.0}, {tf.colours.back().x, 1.0, 0.5, 0.0}};
-    tf.fileOpacityPoints = int(n.size() / 4);
     if (!Sampling::sampleOpacity(nodes, tf.opacity))
         tf.refused = tr("the opacity points make too many samples");
     return tf.refused.isEmpty();
 }
 
-OXWTransferFunction readMap(const QJsonValue& value, int index)
+// The map at index (-1: an item that is no value of its own).
+OXWTransferFunction readMap(const Json& json, int index, int ordinal)
 {
     OXWTransferFunction tf;
-    const QJsonObject map = value.toObject();
-    tf.name = map.value(QLatin1String("Name")).toString().trimmed();
+    const Map map{json, index};
+    tf.name = json.text(map.value("Name")).trimmed();
     if (tf.name.isEmpty())
-        tf.name = tr("Colour map %1").arg(index + 1);
-    if (!value.isObject()) {
+        tf.name = tr("Colour map %1").arg(ordinal + 1);
+    if (json.type(index) != Type::Object) {
         tf.refused = tr("it is no JSON object");
         return tf;
     }
@@ -143,16 +185,19 @@ bool OXWParaViewPresetFile::read(const QByteArray& bytes, std::vector<OXWTransfe
                                  QString& error)
 {
     presets.clear();
-    QJsonParseError parse;
-    const QJsonDocument document = QJsonDocument::fromJson(bytes, &parse);
-    if (document.isNull()) {
-        error = tr("no valid JSON (%1 at byte %2)").arg(parse.errorString()).arg(parse.offset);
+    Json json;
+    QString reason;
+    if (!json.read(bytes, reason)) {
+        error = tr("no valid JSON (%1)").arg(reason);
         return false;
     }
-    const QJsonArray maps =
-        document.isArray() ? document.array() : QJsonArray{QJsonValue(document.object())};
-    for (int i = 0; i < maps.size(); ++i)
-        presets.push_back(readMap(maps.at(i), i));
+    if (json.type(0) == Type::Object)
+        presets.push_back(readMap(json, 0, 0));
+    const bool numbers = json.numbers(0); // items without values of their own: no maps
+    for (int i = 0, item = 1; json.type(0) == Type::Array && i < json.size(0); ++i) {
+        presets.push_back(readMap(json, numbers ? -1 : item, i));
+        item = numbers ? item : json.next(item);
+    }
     if (presets.empty())
         error = tr("the file holds no colour map");
     return !presets.empty();

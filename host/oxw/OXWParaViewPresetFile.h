@@ -12,7 +12,8 @@
 // default is "Diverging"), "RGBPoints" [x, r, g, b, ...] (colours 0..1), optionally "Points"
 // [x, opacity, midpoint, sharpness, ...], "NanColor", "UseLogScale", and categorical
 // "IndexedColors" with "Annotations". Numbers may also be given as strings; other keys are
-// ignored, as ParaView does.
+// ignored, as ParaView does. The JSON is read as leniently as ParaView reads it (OXWJsonReader:
+// comments, a comma after the last item, anything after the document).
 //
 // Each map becomes a relative transfer function (ParaView stretches a preset onto the data's
 // range when it applies it), its curves sampled by OXWTransferFunctionSampling; without

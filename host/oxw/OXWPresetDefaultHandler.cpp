@@ -20,6 +20,11 @@ QString tr(const char* text)
 OXWPresetDefaultHandler::OXWPresetDefaultHandler(OXMenum id, const QString& name)
     : OXWPresetHandler(id), mName(name), mStore(OXMJsonPropertyCodec::enumName(id))
 {
+    // A background write that failed took its names away again.
+    mStore.setWriteEndedCallback([this](bool stored) {
+        if (!stored)
+            announceStoreChange();
+    });
 }
 
 const OXMMetaClass* OXWPresetDefaultHandler::metaClass()
@@ -178,23 +183,19 @@ bool OXWPresetDefaultHandler::makeRecords(const std::vector<OXWTransferFunction>
     return true;
 }
 
-bool OXWPresetDefaultHandler::storeRecords(const std::vector<OXMObjectPtr>& records,
+bool OXWPresetDefaultHandler::storeRecords(std::vector<OXMObjectPtr> records,
                                            const QStringList& names)
 {
-    QStringList added;
     QString error;
-    for (std::size_t i = 0; i < records.size() && error.isEmpty(); ++i) {
-        const QString& name = names[int(i)];
-        const bool existed = mStore.contains(name);
-        error = checkPresetName(name);
-        if (error.isEmpty() && mStore.save(name, *records[i], error) && !existed)
-            added << name;
+    for (const QString& name : names) {
+        if (error.isEmpty())
+            error = checkPresetName(name);
     }
-    QString ignored;
-    for (const QString& name : error.isEmpty() ? QStringList() : added)
-        mStore.remove(name, ignored);
-    announceStoreChange();
-    return result(error.isEmpty(), error);
+    const bool handedOver =
+        error.isEmpty() && mStore.saveInBackground(names, std::move(records), error);
+    if (handedOver)
+        announceStoreChange(); // the names are listed while they are written
+    return result(handedOver, error);
 }
 
 bool OXWPresetDefaultHandler::importTransferFunctions(
@@ -204,7 +205,7 @@ bool OXWPresetDefaultHandler::importTransferFunctions(
     std::vector<OXMObjectPtr> records;
     if (names.size() != int(presets.size()))
         return result(false, tr("Every imported preset needs a name."));
-    if (!makeRecords(presets, records) || !storeRecords(records, names))
+    if (!makeRecords(presets, records) || !storeRecords(std::move(records), names))
         return false;
     for (const OXWTransferFunction& preset : presets) {
         const QString line = OXWTransferFunctionFile::leftOutMessage(preset, fileName);

@@ -67,10 +67,12 @@ public:
     // The name an imported preset gets: its own with control characters made spaces and cut
     // to the longest name, " (imported)" added to a built-in preset's name.
     QString importName(const QString& name) const;
-    // Imports the presets as user presets under the names (one each). Every record is made
-    // before the first is stored; when storing one fails, the presets this call added are
-    // removed again. Each preset imported without something it holds is reported as one line
-    // in the host's error channel (OXM::InvalidValue).
+    // Imports the presets as user presets under the names (one each). Every record is made and
+    // every name and the folder checked before anything is stored; then the records are
+    // stored in the background, all or none (OXWPresetStore::saveInBackground: the names are
+    // listed at once, a failure is reported in the host's error channel and takes them away
+    // again). Each preset imported without something it holds is reported as one line in the
+    // host's error channel (OXM::InvalidValue).
     bool importTransferFunctions(const std::vector<OXWTransferFunction>& presets,
                                  const QStringList& names, const QString& fileName);
     // Writes the target's state, named name, as a file of another viewer.
@@ -91,8 +93,8 @@ private:
     // The records of every preset; false (with lastError) at the first that can't be made.
     bool makeRecords(const std::vector<OXWTransferFunction>& presets,
                      std::vector<OXMObjectPtr>& records) const;
-    // Stores the records under the names; when one fails, removes those this call added.
-    bool storeRecords(const std::vector<OXMObjectPtr>& records, const QStringList& names);
+    // Hands the records over to the store, to be stored under the names in the background.
+    bool storeRecords(std::vector<OXMObjectPtr> records, const QStringList& names);
 
     QString mName;
     OXWPresetStore mStore;

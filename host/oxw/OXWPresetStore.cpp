@@ -7,11 +7,21 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonObject>
+#include <QObject>
 #include <QSaveFile>
 #include <QSet>
 #include <QStandardPaths>
+#include <QThreadPool>
+
+#ifdef Q_OS_LINUX
+#include <sys/resource.h>
+#include <unistd.h>
+#endif
 
 #include <algorithm>
+#include <condition_variable>
+#include <deque>
+#include <mutex>
 
 namespace {
 
@@ -43,17 +53,125 @@ QString fileStem(const QString& name)
     return stem.trimmed().isEmpty() ? QStringLiteral("preset") : stem;
 }
 
+// The document of a preset: its header names it and its handler.
+bool serialize(const OXMObject& record, const QString& handlerKey, const QString& name,
+               QByteArray& bytes, QString& error)
+{
+    const QJsonObject header{{QStringLiteral("kind"), QLatin1String(OXWPresetStore::Kind)},
+                             {QStringLiteral("handler"), handlerKey},
+                             {QStringLiteral("name"), name}};
+    QString reason;
+    if (OXMObjectSerializer::write(record, header, bytes, &reason))
+        return true;
+    error = tr("The preset \"%1\" can't be stored: %2.").arg(name, reason);
+    return false;
+}
+
+// The worker gives way to the GUI thread: a nice value of 10 for the calling thread (Linux keeps
+// nice values per thread), so that a background write takes the processor from the GUI only
+// when it has little else to do.
+void yieldToTheGuiThread()
+{
+#ifdef Q_OS_LINUX
+    setpriority(PRIO_PROCESS, id_t(gettid()), 10);
+#endif
+}
+
+QString fileIn(const std::vector<OXWPresetStore::Entry>& entries, const QString& name)
+{
+    for (const OXWPresetStore::Entry& entry : entries) {
+        if (entry.name == name)
+            return entry.fileName;
+    }
+    return QString();
+}
+
 } // namespace
 
-OXWPresetStore::OXWPresetStore(const QString& handlerKey) : mHandlerKey(handlerKey)
+// The records of one saveInBackground call. The worker only reads items and writes error, and
+// once done is set (under the background's mutex) it touches nothing of the batch; the GUI
+// thread deletes it after that.
+struct OXWPresetStore::Batch
+{
+    struct Item
+    {
+        QString name;
+        QString fileName;
+        OXMObjectPtr record;
+    };
+
+    QString handlerKey;
+    std::vector<Item> items;
+    QString error;
+    bool started = false; // GUI thread only
+    bool done = false;    // under the background's mutex
+
+    // On the worker: serializes and writes the items one after the other, all or none.
+    void write();
+};
+
+struct OXWPresetStore::Background
+{
+    QObject receiver; // of the worker's queued calls, on the GUI thread
+    std::mutex mutex; // of the batches' done
+    std::condition_variable ended;
+    std::deque<std::unique_ptr<Batch>> batches; // handed over and not yet collected
+    // Last, so that it goes first: its destructor waits until the worker has returned.
+    QThreadPool worker;
+
+    Background() { worker.setMaxThreadCount(1); }
+    bool isDone(const Batch& batch)
+    {
+        const std::lock_guard<std::mutex> lock(mutex);
+        return batch.done;
+    }
+};
+
+void OXWPresetStore::Batch::write()
+{
+    struct Written
+    {
+        QString fileName;
+        bool replaced;
+        QByteArray previous;
+    };
+    std::vector<Written> written;
+    QString ignored;
+    for (const Item& item : items) {
+        Written w{item.fileName, false, QByteArray()};
+        w.replaced =
+            QFileInfo(item.fileName).isFile() && readBytes(item.fileName, w.previous, ignored);
+        QByteArray bytes;
+        if (!serialize(*item.record, handlerKey, item.name, bytes, error) ||
+            !writeFile(item.fileName, bytes, error))
+            break;
+        written.push_back(w);
+    }
+    for (auto w = written.rbegin(); !error.isEmpty() && w != written.rend(); ++w) {
+        if (w->replaced)
+            writeFile(w->fileName, w->previous, ignored);
+        else
+            QFile::remove(w->fileName);
+    }
+}
+
+OXWPresetStore::OXWPresetStore(const QString& handlerKey)
+    : mHandlerKey(handlerKey), mBackground(std::make_unique<Background>())
 {
     const QString folder = handlerKey.mid(handlerKey.lastIndexOf(QLatin1String("::")) + 2);
     mDirectory = QStandardPaths::writableLocation(QStandardPaths::AppDataLocation) +
                  QStringLiteral("/presets/") + fileStem(folder);
 }
 
+OXWPresetStore::~OXWPresetStore()
+{
+    mWriteEnded = nullptr; // its owner may be half gone
+    waitForWrites();
+}
+
 void OXWPresetStore::setDirectory(const QString& directory)
 {
+    waitForWrites();
     mDirectory = directory;
     mScans.clear();
 }
@@ -77,14 +195,21 @@ QString OXWPresetStore::checkName(const QString& name)
 
 std::vector<OXWPresetStore::Entry> OXWPresetStore::list() const
 {
-    const QFileInfoList files = QDir(mDirectory)
-                                    .entryInfoList({QStringLiteral("*") + QLatin1String(Suffix)},
-                                                   QDir::Files | QDir::Hidden, QDir::Name);
+    // Filtered here: a name filter would make QDir compile a regular expression every time.
+    const QFileInfoList files =
+        QDir(mDirectory).entryInfoList(QDir::Files | QDir::Hidden, QDir::Name);
     std::vector<Entry> entries;
     QSet<QString> names;
     QHash<QString, Scan> kept;
+    const QHash<QString, QString> pending = pendingFiles();
+    for (auto p = pending.begin(); p != pending.end(); ++p) {
+        names.insert(p.value());
+        entries.push_back({p.value(), p.key()});
+    }
     for (const QFileInfo& file : files) {
         const QString path = file.absoluteFilePath();
+        if (!path.endsWith(QLatin1String(Suffix)) || pending.contains(path))
+            continue; // no preset file, or listed as it is being written
         Scan& s = scan(path);
         QString reason = s.error;
         if (reason.isEmpty() && names.contains(s.name))
@@ -133,18 +258,14 @@ OXWPresetStore::Scan& OXWPresetStore::scan(const QString& fileName) const
 
 QString OXWPresetStore::fileOf(const QString& name) const
 {
-    for (const Entry& entry : list()) {
-        if (entry.name == name)
-            return entry.fileName;
-    }
-    return QString();
+    return fileIn(list(), name);
 }
 
-QString OXWPresetStore::newFileName(const QString& name) const
+QString OXWPresetStore::newFileName(const QString& name, const QHash<QString, QString>& taken) const
 {
-    const QString stem = QDir(mDirectory).filePath(fileStem(name));
+    const QString stem = QDir(mDirectory).absoluteFilePath(fileStem(name));
     QString candidate = stem + QLatin1String(Suffix);
-    for (int n = 2; QFileInfo::exists(candidate); ++n)
+    for (int n = 2; QFileInfo::exists(candidate) || taken.contains(candidate); ++n)
         candidate = stem + QLatin1Char('-') + QString::number(n) + QLatin1String(Suffix);
     return candidate;
 }
@@ -189,6 +310,8 @@ bool OXWPresetStore::checkHeader(const QJsonObject& header, QString& name, QStri
 bool OXWPresetStore::load(const QString& name, OXMObjectSerializer::Document& document,
                           QString& error) const
 {
+    if (isPending(name))
+        waitForWrites();
     const QString fileName = fileOf(name);
     QString fileNameInside;
     if (fileName.isEmpty()) {
@@ -206,24 +329,19 @@ bool OXWPresetStore::load(const QString& name, OXMObjectSerializer::Document& do
 
 bool OXWPresetStore::save(const QString& name, const OXMObject& record, QString& error)
 {
+    waitForWrites();
     error = checkName(name);
-    if (!error.isEmpty() || !prepareDirectory(error))
-        return false;
-    const QJsonObject header{{QStringLiteral("kind"), QLatin1String(Kind)},
-                             {QStringLiteral("handler"), mHandlerKey},
-                             {QStringLiteral("name"), name}};
     QByteArray bytes;
-    QString reason;
-    if (!OXMObjectSerializer::write(record, header, bytes, &reason)) {
-        error = tr("The preset \"%1\" can't be stored: %2.").arg(name, reason);
+    if (!error.isEmpty() || !prepareDirectory(error) ||
+        !serialize(record, mHandlerKey, name, bytes, error))
         return false;
-    }
     const QString existing = fileOf(name);
     return writeBytes(existing.isEmpty() ? newFileName(name) : existing, bytes, name, error);
 }
 
 bool OXWPresetStore::remove(const QString& name, QString& error)
 {
+    waitForWrites();
     const QString fileName = fileOf(name);
     QFile file(fileName);
     if (fileName.isEmpty()) {
@@ -255,6 +373,7 @@ bool OXWPresetStore::readFile(const QString& fileName, OXMObjectSerializer::Docu
 
 bool OXWPresetStore::importFile(const QString& fileName, QString& name, QString& error)
 {
+    waitForWrites();
     OXMObjectSerializer::Document document;
     QByteArray bytes;
     if (!readFile(fileName, document, name, error) || !prepareDirectory(error) ||
@@ -266,6 +385,8 @@ bool OXWPresetStore::importFile(const QString& fileName, QString& name, QString&
 
 bool OXWPresetStore::exportFile(const QString& name, const QString& fileName, QString& error) const
 {
+    if (isPending(name))
+        waitForWrites();
     const QString source = fileOf(name);
     QByteArray bytes;
     if (source.isEmpty()) {
@@ -282,14 +403,18 @@ bool OXWPresetStore::writeBytes(const QString& fileName, const QByteArray& bytes
     mScans.remove(path);
     if (!writeFile(fileName, bytes, error))
         return false;
-    // What was written need not be read again to be listed.
+    remember(path, name);
+    return true;
+}
+
+void OXWPresetStore::remember(const QString& path, const QString& name) const
+{
     const QFileInfo written(path);
     Scan s;
     s.modified = written.lastModified();
     s.size = written.size();
     s.name = name;
     mScans.insert(path, s);
-    return true;
 }
 
 bool OXWPresetStore::writeFile(const QString& fileName, const QByteArray& bytes, QString& error)
@@ -322,4 +447,114 @@ bool OXWPresetStore::prepareDirectory(QString& error) const
         return false;
     }
     return true;
+}
+
+// --- background writes -------------------------------------------------------------------------
+
+bool OXWPresetStore::saveInBackground(const QStringList& names, std::vector<OXMObjectPtr> records,
+                                      QString& error)
+{
+    error = names.size() == int(records.size()) ? QString() : tr("Every preset needs a name.");
+    for (const QString& name : names) {
+        if (error.isEmpty())
+            error = checkName(name);
+    }
+    if (!error.isEmpty() || !prepareDirectory(error))
+        return false;
+    auto batch = std::make_unique<Batch>();
+    batch->handlerKey = mHandlerKey;
+    QHash<QString, QString> taken = pendingFiles();
+    const std::vector<Entry> listed = list();
+    for (int i = 0; i < names.size(); ++i) {
+        QString fileName = taken.key(names[i]); // of a write that has not ended, or this one
+        if (fileName.isEmpty())
+            fileName = fileIn(listed, names[i]);
+        if (fileName.isEmpty())
+            fileName = newFileName(names[i], taken);
+        taken.insert(fileName, names[i]);
+        batch->items.push_back({names[i], fileName, records[std::size_t(i)]});
+    }
+    records.clear(); // the batch holds the only references before the worker starts
+    Background& background = *mBackground;
+    background.batches.push_back(std::move(batch));
+    // Started when the GUI thread is back in its event loop (or waits for the write): woken
+    // now, the worker could take the processor from the rest of the GUI thread's turn.
+    QMetaObject::invokeMethod(
+        &background.receiver, [this] { startWrites(); }, Qt::QueuedConnection);
+    return true;
+}
+
+void OXWPresetStore::startWrites() const
+{
+    Background* background = mBackground.get();
+    for (const std::unique_ptr<Batch>& batch : background->batches) {
+        if (batch->started)
+            continue;
+        batch->started = true;
+        Batch* handedOver = batch.get();
+        background->worker.start([this, handedOver, background] {
+            yieldToTheGuiThread();
+            handedOver->write();
+            const std::lock_guard<std::mutex> lock(background->mutex);
+            handedOver->done = true;
+            QMetaObject::invokeMethod(
+                &background->receiver, [this] { collectWrites(); }, Qt::QueuedConnection);
+            background->ended.notify_all();
+        });
+    }
+}
+
+void OXWPresetStore::waitForWrites() const
+{
+    startWrites();
+    Background& background = *mBackground;
+    {
+        std::unique_lock<std::mutex> lock(background.mutex);
+        background.ended.wait(lock, [&background] {
+            return std::all_of(background.batches.begin(), background.batches.end(),
+                               [](const std::unique_ptr<Batch>& batch) { return batch->done; });
+        });
+    }
+    collectWrites();
+}
+
+void OXWPresetStore::setWriteEndedCallback(std::function<void(bool)> callback)
+{
+    mWriteEnded = std::move(callback);
+}
+
+QHash<QString, QString> OXWPresetStore::pendingFiles() const
+{
+    QHash<QString, QString> files;
+    for (const std::unique_ptr<Batch>& batch : mBackground->batches) {
+        for (const Batch::Item& item : batch->items)
+            files.insert(item.fileName, item.name);
+    }
+    return files;
+}
+
+bool OXWPresetStore::isPending(const QString& name) const
+{
+    const auto& batches = mBackground->batches;
+    return std::any_of(batches.begin(), batches.end(), [&name](const auto& batch) {
+        return std::any_of(batch->items.begin(), batch->items.end(),
+                           [&name](const Batch::Item& item) { return item.name == name; });
+    });
+}
+
+void OXWPresetStore::collectWrites() const
+{
+    auto& batches = mBackground->batches;
+    while (!batches.empty() && mBackground->isDone(*batches.front())) {
+        const std::unique_ptr<Batch> batch = std::move(batches.front());
+        batches.pop_front();
+        for (const Batch::Item& item : batch->items) {
+            if (batch->error.isEmpty())
+                remember(item.fileName, item.name); // listed without being read again
+        }
+        if (!batch->error.isEmpty())
+            OXMError::emitError(nullptr, OXM::InvalidValue, batch->error);
+        if (mWriteEnded)
+            mWriteEnded(batch->error.isEmpty());
+    } // the records go here, on the GUI thread
 }

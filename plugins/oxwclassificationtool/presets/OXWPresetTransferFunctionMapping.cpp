@@ -53,6 +53,7 @@ std::vector<Handle> handlesOf(const std::vector<Point>& points, Value value, dou
                               double high)
 {
     std::vector<Handle> handles;
+    handles.reserve(points.size() + 2);
     for (const Point& p : points)
         handles.emplace_back(float(p.x), float(value(p)));
     if (handles.empty())

@@ -1,7 +1,8 @@
 // The host's preset machinery with a handler of a simple kind: the registry of handlers; user
 // presets as files (saved, listed, loaded, removed; names refused; a read-only folder; files
 // that are no usable preset skipped with one line each; a failed save leaving the previous file
-// as it was); and the preset box that applies, saves, imports, exports and removes them.
+// as it was; background writes listed at once, stored all or none and waited for); and the
+// preset box that applies, saves, imports, exports and removes them.
 
 #include "OXWModalAnswers.h"
 #include "OXWPresetComboBox.h"
@@ -336,6 +337,47 @@ TEST_F(Presets, UnusableFilesAreSkippedWithOneLineEachNamingFileAndReason)
     EXPECT_FALSE(handler.applyPresetToTarget("good", OXM::UserPreset));
     EXPECT_TRUE(handler.lastError().contains("/OXM::Scale: expected a number"));
     EXPECT_EQ(target->scale(), 2.0f);
+}
+
+// Background writes are listed at once and stored all or none: when one of them can't be
+// written, a preset they replaced gets its bytes back and a new one goes, with one line.
+TEST_F(Presets, BackgroundWritesAreListedAtOnceAndStoredAllOrNone)
+{
+    OXWPresetStore& store = handler.store();
+    QString error;
+    ASSERT_TRUE(store.saveInBackground({"bone", "lung"},
+                                       {new PresetTestRecord, new PresetTestRecord}, error));
+    EXPECT_EQ(userPresets(), (QStringList{"bone", "lung"})) << "listed before they are written";
+    EXPECT_EQ(loadedScale("lung"), 1.0f) << "loading waits for the write";
+    const QByteArray bone = contents(fileOf("bone"));
+    auto* odd = new PresetTestRecord;
+    odd->addProperty(OXM::Name, new OXMSingleValueOP<QString>, true); // no document holds it
+    ASSERT_TRUE(store.saveInBackground({"bone", "new", "odd"},
+                                       {new PresetTestRecord, new PresetTestRecord, odd}, error));
+    EXPECT_EQ(userPresets().size(), 4);
+    store.waitForWrites();
+    EXPECT_EQ(userPresets(), (QStringList{"bone", "lung"}));
+    EXPECT_EQ(contents(fileOf("bone")), bone);
+    EXPECT_EQ(QDir(store.directory()).entryList(QDir::Files).size(), 2);
+    ASSERT_EQ(errors.size(), 1);
+    EXPECT_TRUE(errors[0].contains("\"odd\" can't be stored")) << errors[0].toStdString();
+}
+
+TEST_F(Presets, TheStoreWaitsForItsBackgroundWritesWhenItGoes)
+{
+    std::vector<OXMObjectPtr> records;
+    QStringList names;
+    for (int i = 0; i < 20; ++i) {
+        records.emplace_back(new PresetTestRecord);
+        names << QString::number(i);
+    }
+    {
+        OXWPresetStore store(QStringLiteral("oxwpresettests::PresetTestHandler"));
+        store.setDirectory(folder.filePath("gone"));
+        QString error;
+        ASSERT_TRUE(store.saveInBackground(names, std::move(records), error));
+    }
+    EXPECT_EQ(QDir(folder.filePath("gone")).entryList(QDir::Files).size(), 20);
 }
 
 // --- the preset box ----------------------------------------------------------------------------

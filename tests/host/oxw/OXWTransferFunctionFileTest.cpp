@@ -2,12 +2,17 @@
 // formats' descriptions (presetfiles/): what each preset becomes, the curves kept through the
 // sampling of colour spaces, midpoints and steps, and what is refused.
 
+#include <OXWJsonReader.h>
 #include <OXWTransferFunctionFile.h>
+#include <OXWTransferFunctionSampling.h>
 
 #include <QFile>
 #include <QTemporaryDir>
 
 #include <gtest/gtest.h>
+
+#include <array>
+#include <random>
 
 namespace {
 
@@ -139,6 +144,97 @@ TEST(OXWTransferFunctionFile, RefusesBadFilesWithAReason)
         EXPECT_TRUE(presets.empty());
         EXPECT_TRUE(error.contains(file.fileName()) && error.contains(row.reason))
             << error.toStdString();
+    }
+}
+
+// ParaView reads its presets with JsonCpp: comments, a comma after the last item, a byte order
+// mark and anything after the document are fine; a member named twice counts with its last
+// value; numbers are read exactly, those beyond double's range as infinite or zero.
+TEST(OXWTransferFunctionFile, ReadsJsonAsLenientlyAsParaView)
+{
+    const struct
+    {
+        QByteArray document;
+        QString name;
+        const char* line;
+    } rows[] = {
+        {"// c\n[/* c */{\"Name\": \"a\", \"RGBPoints\": [0, 1, 0, 0, 1, 0, 0, 1,],},] tail", "a",
+         "range 0 .. 1 (relative), 0 opacity points, 2 colour points"},
+        {"\xEF\xBB\xBF{\"Name\": \"b\", \"Name\": \"c\", \"RGBPoints\": [0, 0, 0, 0, 2, 1, 1, 1]}",
+         "c", "range 0 .. 2"},
+        {"[{\"Name\": \"\\u00e9t\\u00e9 \\ud83d\\ude00 \\ud800\\n\", \"RGBPoints\": [0, 0, 0, 0, "
+         "1, 1, 1, 1]}]",
+         QString::fromUtf8("\u00e9t\u00e9 \U0001F600 \uFFFD"), "0 opacity points, 2 colour points"},
+        {"[{\"Name\": \"d\", \"RGBPoints\": [1e-400, 0, 0, 0, 1e400, 1, 1, 1]}]", "d",
+         "holds something other than a finite number at 4"},
+        {"[1, 2] ]", "Colour map 1", "refused: it is no JSON object"}};
+    for (const auto& row : rows) {
+        std::vector<OXWTransferFunction> presets;
+        QString error;
+        ASSERT_TRUE(
+            OXWTransferFunctionFile::readBytes(row.document, Format::ParaView, presets, error))
+            << error.toStdString();
+        EXPECT_EQ(presets[0].name, row.name);
+        EXPECT_TRUE(OXWTransferFunctionFile::describe(presets[0]).contains(row.line))
+            << OXWTransferFunctionFile::describe(presets[0]).toStdString();
+    }
+    std::vector<OXWTransferFunction> presets;
+    QString error;
+    ASSERT_TRUE(OXWTransferFunctionFile::readBytes(
+        "[{\"ColorSpace\": \"RGB\", \"RGBPoints\": [-0.1, 0, 0, 0, 0.12345678901234567890123, 0, "
+        "0, 0, 123456789012345678901, 0, 0, 0]}]",
+        Format::ParaView, presets, error));
+    ASSERT_EQ(presets[0].colours.size(), 3u);
+    EXPECT_EQ(presets[0].colours[0].x, -0.1);
+    EXPECT_EQ(presets[0].colours[1].x, 0.12345678901234567890123);
+    EXPECT_EQ(presets[0].colours[2].x, 123456789012345678901.0);
+}
+
+// What JsonCpp refuses is refused, with the reason and where it was met.
+TEST(OXWTransferFunctionFile, RefusesBadJsonNamingLineAndColumn)
+{
+    const std::pair<QByteArray, const char*> rows[] = {
+        {"[{\"Name\": \"a\" /* open", "a comment is not closed at line 1, column 15"},
+        {"[{\"Name\": \"a", "a string is not closed at line 1, column 11"},
+        {"[1 2]", "',' or ']' was expected at line 1, column 4"},
+        {"[\n {\"a\" 1}]", "':' was expected after a member name at line 2, column 7"},
+        {"[\"\\x\"]", "a backslash starts no known escape at line 1, column 3"},
+        {"[1e]", "a number's exponent has no digits at line 1, column 4"},
+        {"\n\n  [tru]", "a value was expected at line 3, column 4"},
+        {QByteArray(OXWJsonReader::MaxDepth + 1, '['),
+         "the values are nested too deeply at line 1, column 1001"}};
+    for (const auto& [document, reason] : rows) {
+        std::vector<OXWTransferFunction> presets;
+        QString error;
+        EXPECT_FALSE(
+            OXWTransferFunctionFile::readBytes(document, Format::ParaView, presets, error));
+        EXPECT_TRUE(error.contains(QStringLiteral("no valid JSON (") + reason))
+            << error.toStdString();
+    }
+}
+
+// The diverging interpolation halfway between two colours, where the sampling checks every
+// interval first, is computed without the angles of Msh: it meets the curve on both sides, across
+// the hue angle's seam, through white, next to grey and for any two colours.
+TEST(OXWTransferFunctionFile, DivergingHalfwayMeetsTheCurveAroundIt)
+{
+    std::vector<std::array<double, 6>> pairs = {{0.2, 0.5, 0.45, 0.2, 0.49, 0.44},  // seam
+                                                {0.23, 0.3, 0.75, 0.7, 0.02, 0.15}, // white
+                                                {0.5, 0.5, 0.5, 0.9, 0.1, 0.1},     // grey
+                                                {0.5, 0.5, 0.5, 0.51, 0.5, 0.5}};
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> unit(0.0, 1.0);
+    for (int k = 0; k < 1000; ++k)
+        pairs.push_back(
+            {unit(random), unit(random), unit(random), unit(random), unit(random), unit(random)});
+    for (const auto& p : pairs) {
+        double at[3], before[3], after[3];
+        const auto space = OXWTransferFunctionSampling::ColorSpace::Diverging;
+        OXWTransferFunctionSampling::interpolate(space, &p[0], &p[3], 0.5, at);
+        OXWTransferFunctionSampling::interpolate(space, &p[0], &p[3], 0.5 - 1e-7, before);
+        OXWTransferFunctionSampling::interpolate(space, &p[0], &p[3], 0.5 + 1e-7, after);
+        for (int c = 0; c < 3; ++c)
+            ASSERT_NEAR(at[c], 0.5 * (before[c] + after[c]), 1e-6) << p[0] << " " << p[3];
     }
 }
 

@@ -10,9 +10,10 @@
 //
 // Import: a ParaView colour map of 2 000 colour and 2 000 opacity points (Diverging colour
 // space) read from its file and made a classification preset record (second argument 0), and
-// the whole import of the preset box, which also stores the record as a preset file through
-// the host's object serializer (1); compared with the drag step at 65 536 grey values of the
-// same run.
+// the whole import of the preset box on the GUI thread, which also hands the record over to
+// the preset store's worker (1; the write of the previous iteration is waited for off the
+// clock); compared with the drag step at 65 536 grey values of the same run. Beside them the
+// background write itself: the record serialized and stored as a preset file by the worker.
 //
 // Re-read: updateObjectInfo() of a classification of 100 intervals with 1 000 handles per
 // interval in each of the four channels (a 131 072-value axis), and with 250 handles to show
@@ -298,37 +299,87 @@ QByteArray colourMapOf(int points)
            "], \"Points\": [" + opacity + "]}]";
 }
 
+// An import beside the panel's scene: the colour map's file and the preset handler with its
+// folder.
+struct ImportScene
+{
+    PanelScene scene{65536};
+    QTemporaryDir folder;
+    QString fileName = folder.filePath(QStringLiteral("bench.json"));
+    OXWPresetClassificationHandler handler{scene.volume};
+
+    explicit ImportScene(int points)
+    {
+        QFile file(fileName);
+        if (!scene.panel || !file.open(QIODevice::WriteOnly) ||
+            file.write(colourMapOf(points)) < 0) {
+            fileName.clear();
+            return;
+        }
+        handler.setHistogramObject(scene.volume->getHistogram());
+        handler.store().setDirectory(folder.filePath(QStringLiteral("presets")));
+    }
+
+    bool read(std::vector<OXWTransferFunction>& presets) const
+    {
+        OXWTransferFunctionFile::Format format;
+        QString error;
+        return OXWTransferFunctionFile::read(fileName, format, presets, error);
+    }
+};
+
 void BM_ImportColorMap(benchmark::State& state)
 {
-    PanelScene scene(65536);
-    QTemporaryDir folder;
-    QFile file(folder.filePath(QStringLiteral("bench.json")));
-    if (!scene.panel || !file.open(QIODevice::WriteOnly) ||
-        file.write(colourMapOf(int(state.range(0)))) < 0) {
+    ImportScene import(int(state.range(0)));
+    if (import.fileName.isEmpty()) {
         state.SkipWithError("the scene or the file could not be made");
         return;
     }
-    file.close();
-    OXWPresetClassificationHandler handler(scene.volume);
-    handler.setHistogramObject(scene.volume->getHistogram());
-    handler.store().setDirectory(folder.filePath(QStringLiteral("presets")));
+    OXWPresetClassificationHandler& handler = import.handler;
     const bool store = state.range(1) != 0;
     for (auto _ : state) {
-        OXWTransferFunctionFile::Format format;
         std::vector<OXWTransferFunction> presets;
-        QString error;
-        const bool read = OXWTransferFunctionFile::read(file.fileName(), format, presets, error);
-        const bool imported =
-            read && (store ? handler.importTransferFunctions(presets, {QStringLiteral("Bench")},
-                                                             file.fileName())
-                           : bool(handler.recordFromTransferFunction(presets.front())));
+        const bool imported = import.read(presets) &&
+                              (store ? handler.importTransferFunctions(
+                                           presets, {QStringLiteral("Bench")}, import.fileName)
+                                     : bool(handler.recordFromTransferFunction(presets.front())));
         if (!imported) {
             state.SkipWithError("the colour map was not imported");
             return;
         }
+        if (store) { // the previous write ends before the next import, off the clock
+            state.PauseTiming();
+            handler.store().waitForWrites();
+            state.ResumeTiming();
+        }
     }
 }
 BENCHMARK(BM_ImportColorMap)->Args({2000, 0})->Args({2000, 1})->Unit(benchmark::kMicrosecond);
+
+// The background write of the imported record alone: handed to the store's worker and waited
+// for (the record is made off the clock).
+void BM_ImportColorMapBackgroundStore(benchmark::State& state)
+{
+    ImportScene import(int(state.range(0)));
+    std::vector<OXWTransferFunction> presets;
+    if (import.fileName.isEmpty() || !import.read(presets)) {
+        state.SkipWithError("the scene or the file could not be made");
+        return;
+    }
+    OXWPresetStore& store = import.handler.store();
+    for (auto _ : state) {
+        state.PauseTiming();
+        std::vector<OXMObjectPtr> records{import.handler.recordFromTransferFunction(presets[0])};
+        state.ResumeTiming();
+        QString error;
+        if (!store.saveInBackground({QStringLiteral("Bench")}, std::move(records), error)) {
+            state.SkipWithError("the record was not handed over");
+            return;
+        }
+        store.waitForWrites();
+    }
+}
+BENCHMARK(BM_ImportColorMapBackgroundStore)->Arg(2000)->Unit(benchmark::kMicrosecond);
 
 // --- re-read -----------------------------------------------------------------------------
 
