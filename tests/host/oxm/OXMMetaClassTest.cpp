@@ -146,6 +146,7 @@ TEST(OXMClassManager, SearchFindsLiveObjectsByModuleAndClass)
             break;
         std::vector<OXMClass*> found(static_cast<std::size_t>(n));
         ASSERT_EQ(OXMClassManager::findObjects(found.data(), n, byModule), n);
+        ASSERT_EQ(OXMClassManager::findObjects(nullptr, n, byModule), 0);
         ASSERT_TRUE(OXMMetaClass::destruct(found[0], true));
     }
     EXPECT_EQ(OXMClassManager::getObjectCount(byModule), 0);

@@ -6,6 +6,7 @@
 #include "OXMClassFactory.h"
 #include "OXMClassManager.h"
 #include "OXMInterval.h"
+#include "OXMJsonPropertyCodec.h"
 #include "OXMMetaClass.h"
 #include "OXMObject.h"
 #include "OXMObjectPath.h"
@@ -245,6 +246,8 @@ TEST(OXMObjectSerializer, MalformedDocumentsAreRefusedWholeAndLeaveNoObjects)
         {edit("OXM::Scale", "OXM::Opacity"), "/OXM::Opacity: an object of the class"},
         {edit("\"OXM::Scale\": 1", "\"OXM::Scale\": \"1\""), "expected a number"},
         {edit("\"OXM::Scale\": 1", "\"OXM::Scale\": 1e39"), "expected a number"},
+        // More than half a float step above the largest float.
+        {edit("\"OXM::Scale\": 1", "\"OXM::Scale\": 3.4028237e38"), "expected a number"},
         {edit("\"OXM::Reference\": null", "\"OXM::Reference\": {\"ref\": \"/nowhere\"}"),
          "names no object"},
         {edit("\"OXM::Reference\": null",
@@ -269,6 +272,8 @@ TEST(OXMObjectSerializer, MalformedDocumentsAreRefusedWholeAndLeaveNoObjects)
     EXPECT_FALSE(document.header.contains("kind")) << "the nested one has none";
     ASSERT_TRUE(OXMObjectSerializer::read(good, document));
     EXPECT_EQ(document.header.value("kind").toString(), QStringLiteral("test"));
+    // Keys in error places are escaped as JSON pointers do it.
+    EXPECT_EQ(OXMJsonPropertyCodec::pointerToken(QStringLiteral("a~1/b")), "a~01~1b");
 }
 
 TEST(OXMObjectSerializer, AnEnumerationWithdrawnSinceWritingAndAPropertyOfAnUnknownTypeAreRefused)

@@ -177,6 +177,7 @@ TEST(OXMProperty, ArraysHaveInclusiveIndexRangesAndInitArrayReplacesTheWholeArra
     EXPECT_TRUE(a->initArray(0, 1, two));
     EXPECT_EQ(a->getArray(), (std::vector<int>{1, 2})); // not merged with the old items
     EXPECT_FALSE(a->initArray(1, 2, two));              // whole arrays start at 0
+    EXPECT_FALSE(a->initArray(0, -2, nullptr));
     EXPECT_TRUE(a->initArray(0, -1, nullptr));
     EXPECT_EQ(a->getArraySize(), 0);
 
