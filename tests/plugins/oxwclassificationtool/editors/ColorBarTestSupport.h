@@ -50,6 +50,7 @@ public:
     using OXWLUTColorBar::insertPoint;
     using OXWLUTColorBar::OXWLUTColorBar;
     using OXWLUTColorBar::pasteIntervalColor;
+    using OXWLUTColorBar::setCurrentIntervalColor;
     using OXWLUTColorBar::setIntervalColor;
     using OXWLUTColorBar::setIntervalColorWhite;
     using OXWLUTColorBar::setLineColor;

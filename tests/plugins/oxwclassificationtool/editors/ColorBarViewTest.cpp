@@ -57,6 +57,15 @@ TEST_F(ColorBarTest, ASingleHandleColoursTheWholeInterval)
     bar->setModel(nullptr);
 }
 
+TEST_F(ColorBarTest, TheCurrentIntervalsColourIsShownAtOnceAndItsChildrenAreNamed)
+{
+    bar->hit(50);
+    bar->setCurrentIntervalColor(OXMRGB8(10, 20, 30));
+    EXPECT_EQ(bar->pixel(50, 2), QColor(10, 20, 30));
+    for (const QWidget* child : bar->findChildren<QWidget*>())
+        EXPECT_FALSE(child->objectName().isEmpty()) << child->metaObject()->className();
+}
+
 // Handle marks (3 x 5 pixels at rows height - 8 .. height - 4) are grey 51 on light colours
 // and grey 204 on dark ones; an interval's left border is black on a light colour and white
 // on a dark one. Dark is a luminance class of 0 .. 2: grey 95 and below.
