@@ -1,28 +1,15 @@
 #include "OXWFileDialog.h"
 
-#include <QApplication>
 #include <QDir>
 #include <QFile>
-#include <QFileDialog>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <gtest/gtest.h>
 
 namespace {
 const QString CsvFilter = QStringLiteral("CSV files (*.csv *.CSV)");
 const QString TextFilter = QStringLiteral("Text files (*.txt)");
-
-// The file dialog that is open now, or null.
-QFileDialog* openFileDialog()
-{
-    for (QWidget* w : QApplication::topLevelWidgets()) {
-        if (auto* dialog = qobject_cast<QFileDialog*>(w); dialog && dialog->isVisible())
-            return dialog;
-    }
-    return nullptr;
-}
 
 // Points the user-scope INI settings to a temporary directory and clears the seam.
 class OXWFileDialogTest : public testing::Test
@@ -122,48 +109,4 @@ TEST_F(OXWFileDialogTest, OpenAnswersAndThePreselectedFilter)
         EXPECT_FALSE(OXWFileDialog::lastRequest().save);
     }
     EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Preset), path("two"));
-}
-
-TEST_F(OXWFileDialogTest, WithoutAnswersARealDialogIsShownInTheRememberedDirectory)
-{
-    OXWFileDialog::setLastDirectory(OXM::Scene, path("one"));
-    struct Seen
-    {
-        QString objectName, directory, caption, filter;
-        QStringList filters;
-        bool save = false;
-    } seen;
-    int shown = 0;
-    // Looks at the dialog once it is open, then cancels it.
-    QTimer poll;
-    poll.setInterval(10);
-    QObject::connect(&poll, &QTimer::timeout, [&] {
-        if (QFileDialog* dialog = openFileDialog()) {
-            ++shown;
-            seen = {dialog->objectName(),  dialog->directory().absolutePath(),
-                    dialog->windowTitle(), dialog->selectedNameFilter(),
-                    dialog->nameFilters(), dialog->acceptMode() == QFileDialog::AcceptSave};
-            dialog->reject();
-        }
-    });
-    poll.start();
-    QString filter = TextFilter;
-    EXPECT_TRUE(OXWFileDialog::getSaveFileName(OXM::Scene, files.path(), {CsvFilter, TextFilter},
-                                               nullptr, "exportDialog", "Save csv as...", &filter,
-                                               true, true)
-                    .isEmpty());
-    EXPECT_EQ(shown, 1);
-    EXPECT_EQ(seen.objectName, QStringLiteral("exportDialog"));
-    EXPECT_EQ(seen.directory, path("one"));
-    EXPECT_EQ(seen.filters, (QStringList{CsvFilter, TextFilter}));
-    EXPECT_EQ(seen.filter, TextFilter); // preselected
-    EXPECT_EQ(seen.caption, QStringLiteral("Save csv as..."));
-    EXPECT_TRUE(seen.save);
-    EXPECT_EQ(filter, TextFilter);
-    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Scene), path("one"));
-
-    EXPECT_TRUE(OXWFileDialog::getOpenFileName(OXM::Preset, files.path(), {CsvFilter}).isEmpty());
-    EXPECT_EQ(shown, 2);
-    EXPECT_FALSE(seen.save);
-    EXPECT_EQ(seen.directory, files.path());
 }

