@@ -43,7 +43,6 @@ TEST(OXWMainWindow, CreateToolDocksTheWidgetOnTheEdgesItsOrientationAllows)
         OXWDockWindow* dock = window.createTool(tool, c.orientation);
         ASSERT_NE(dock, nullptr);
         EXPECT_EQ(dock->widget(), tool);
-        EXPECT_EQ(dock->parent(), &window);
         EXPECT_EQ(dock->objectName(), tool->objectName() + "Dock");
         EXPECT_EQ(dock->windowTitle(), *c.title ? QString(c.title) : tool->objectName());
         EXPECT_EQ(dock->allowedOrientation(), c.orientation);
