@@ -51,7 +51,6 @@ TEST_F(OXWPluginLoading, CallsEachCallbackOnceWhileTheWindowExists)
     EXPECT_EQ(messages.count(), 2);
     const OXWPluginLoader::PluginDescription d = loader.plugins().front();
     EXPECT_EQ(d.name, QStringLiteral("oxwtestrecording"));
-    EXPECT_EQ(d.description, QStringLiteral("Test plug-in 'oxwtestrecording'"));
     EXPECT_EQ(d.version, QStringLiteral("1.2.3"));
     EXPECT_EQ(d.filePath, QFileInfo(RecordingPlugin).canonicalFilePath());
     EXPECT_EQ(d.state, OXWPluginLoader::State::Loaded);

@@ -43,20 +43,8 @@ const QRegularExpression StampedLine(QStringLiteral("^\\d\\d:\\d\\d:\\d\\d\\.\\d
 
 } // namespace
 
-TEST_F(OXWViewerWindowTest, IsTheMainWindowWithAnHonestEmptyStateAndQuitCloses)
-{
-    EXPECT_EQ(OXWMainWindow::getInstance(), window.get());
-    ASSERT_NE(window->emptyStateLabel(), nullptr);
-    EXPECT_EQ(window->centralWidget(), window->emptyStateLabel());
-    EXPECT_EQ(window->emptyStateLabel()->text(), QStringLiteral("No volume loaded"));
-    EXPECT_NE(window->toolDock(window->logPane()), nullptr);
-    window->show();
-    window->quitAction()->trigger();
-    EXPECT_FALSE(window->isVisible());
-}
-
 // The Edit menu names the step to undo or redo (ampersands shown literally) and is enabled
-// only when there is one; Ctrl+Z undoes, Ctrl+Shift+Z redoes.
+// only when there is one; Ctrl+Z undoes, Ctrl+Shift+Z redoes; Quit closes the window.
 TEST_F(OXWViewerWindowTest, TheEditMenuFollowsTheUndoStackAndItsKeys)
 {
     window->show();
@@ -82,13 +70,19 @@ TEST_F(OXWViewerWindowTest, TheEditMenuFollowsTheUndoStackAndItsKeys)
     QTest::keyClick(window.get(), Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier);
     EXPECT_EQ(item.opacity.getValue(), 0.25f);
     expectMenu("Undo Cut && paste", "Redo");
+    window->quitAction()->trigger();
+    EXPECT_FALSE(window->isVisible());
 }
 
 // The errors of the host's channel and the plug-in loader's messages, with a time stamp, until
 // the window goes; the loader's plug-ins and the files it refused in the About text.
 TEST_F(OXWViewerWindowTest, TheLogPaneShowsTheHostsErrorsAndTheLoadersMessages)
 {
+    EXPECT_EQ(OXWMainWindow::getInstance(), window.get());
+    ASSERT_NE(window->emptyStateLabel(), nullptr);
+    EXPECT_EQ(window->centralWidget(), window->emptyStateLabel());
     OXWLogPane* pane = window->logPane();
+    EXPECT_NE(window->toolDock(pane), nullptr);
     const int before = pane->lineCount();
     OXMError::emitError(nullptr, OXM::InvalidValue, QStringLiteral("the value is out of range"));
     ASSERT_EQ(pane->lineCount(), before + 1);

