@@ -28,7 +28,6 @@
 #include <OXMSampleMaterial.h>
 #include <OXMSampleTransferSpec.h>
 #include <OXMScene.h>
-#include <OXMTaskInfo.h>
 #include <OXMTulvoRights.h>
 #include <OXMVolumeRenderObject.h>
 #include <OXWApplication.h>
@@ -53,19 +52,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <vector>
-
-// Readable GoogleTest output for the values the tests compare.
-inline void PrintTo(const QString& s, std::ostream* os)
-{
-    *os << '"' << s.toStdString() << '"';
-}
-template <typename T>
-void PrintTo(const OXMVector2<T>& v, std::ostream* os)
-{
-    *os << "(" << v.x << ", " << v.y << ")";
-}
 
 namespace paneltest {
 
@@ -92,7 +79,6 @@ bool setArray(OXMObject* object, OXMenum id, const std::vector<T>& values)
     return a && a->setArray(values);
 }
 
-// The interval names of a material, copied out of the host's storage.
 inline std::vector<QByteArray> intervalNames(const OXMObject* material)
 {
     std::vector<QByteArray> names;
@@ -132,58 +118,6 @@ inline std::vector<std::uint8_t> greyRamp(int first, int last, int copies)
     }
     return samples;
 }
-
-// Records the mouse events that reach a widget (installed so that it runs after the panel).
-class MouseRecorder : public QObject
-{
-public:
-    struct Record
-    {
-        QEvent::Type type;
-        QPoint pos;
-    };
-    std::vector<Record> records;
-
-    int count(QEvent::Type type) const
-    {
-        int n = 0;
-        for (const Record& r : records) {
-            n += r.type == type ? 1 : 0;
-        }
-        return n;
-    }
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        switch (event->type()) {
-        case QEvent::MouseMove:
-        case QEvent::MouseButtonPress:
-        case QEvent::MouseButtonRelease:
-            records.push_back({event->type(), static_cast<QMouseEvent*>(event)->pos()});
-            break;
-        default:
-            break;
-        }
-        return QObject::eventFilter(watched, event);
-    }
-};
-
-// Installs a progress handler of the host's actions for its lifetime.
-class ProgressHandlerScope
-{
-public:
-    explicit ProgressHandlerScope(OXMTaskInfo::ProgressHandler handler)
-        : mPrevious(OXMTaskInfo::setProgressHandler(std::move(handler)))
-    {
-    }
-    ~ProgressHandlerScope() { OXMTaskInfo::setProgressHandler(std::move(mPrevious)); }
-    ProgressHandlerScope(const ProgressHandlerScope&) = delete;
-    ProgressHandlerScope& operator=(const ProgressHandlerScope&) = delete;
-
-private:
-    OXMTaskInfo::ProgressHandler mPrevious;
-};
 
 class PanelFixture : public ::testing::Test
 {
