@@ -6,6 +6,7 @@
 #include <OXWApplication.h>
 
 #include <QLibrary>
+#include <QStringList>
 
 #include <gtest/gtest.h>
 
@@ -33,25 +34,16 @@ TEST(ClassificationToolNames, RegisteredAtLoadAndWithdrawnAtUnload)
 {
     // Every name of the vocabulary but the three object identifiers, which are registered
     // when first asked for.
-    const std::set<std::string> used = {"Default3DRendererPreferences",
-                                        "PresetClassificationHandler",
-                                        "PresetVolumeRenderHandler",
-                                        "AbsoluteMode",
-                                        "IntervalFloatIndexList",
-                                        "ShadingModel",
-                                        "ShadingCountLimit",
-                                        "SurfaceInverted",
-                                        "SceneCameraList",
-                                        "TulvoRights",
-                                        "Scatter",
-                                        "ScatterHQ",
-                                        "ScatterGradient",
-                                        "XRay",
-                                        "Sum",
-                                        "RenderPluginName",
-                                        "SecondLightShadow",
-                                        "ExportClassificationColor",
-                                        "ImportClassificationColor"};
+    std::set<std::string> used;
+    for (const QString& name :
+         QStringLiteral("Default3DRendererPreferences PresetClassificationHandler "
+                        "PresetVolumeRenderHandler AbsoluteMode IntervalFloatIndexList "
+                        "ShadingModel ShadingCountLimit SurfaceInverted SceneCameraList "
+                        "TulvoRights Scatter ScatterHQ ScatterGradient XRay Sum RenderPluginName "
+                        "SecondLightShadow ExportClassificationColor ImportClassificationColor")
+             .split(QLatin1Char(' '))) {
+        used.insert(name.toStdString());
+    }
     ASSERT_TRUE(liveNames().empty());
     // The plug-in is loaded into a running application, whose libraries are already there.
     OXWApplication application;
