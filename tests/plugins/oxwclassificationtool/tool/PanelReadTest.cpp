@@ -16,6 +16,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <functional>
 #include <random>
 
 using namespace paneltest;
@@ -51,73 +52,17 @@ protected:
         return values;
     }
     float centre(int cell) const { return (float(cell) + 0.5f) / float(Cells); }
+    // New voxels for the test volume, so that its histogram must be calculated again.
+    void changeTestVolumeData(int copies)
+    {
+        std::vector<std::uint8_t> voxels = greyRamp(First, Last, copies);
+        ASSERT_TRUE(volume->getSampleGrid()->setSamples(OXMVector3<int>(int(voxels.size()), 1, 1),
+                                                        OXM::UInt8, voxels));
+        ASSERT_TRUE(volume->getHistogram()->needsCalculation());
+    }
 };
 
 } // namespace
-
-TEST_F(PanelRead, HostIntervalsAndCurvesReadIntoTheModel)
-{
-    const int reads = panel->objectInfoReadCount();
-    ASSERT_TRUE(setArray<int>(material(), OXM::IntervalIndexList, {9, 13, 18, 25}));
-    ASSERT_TRUE(setArray<OXMenum>(material(), OXM::IntervalModeList,
-                                  {OXM::Enabled, OXM::Disabled, OXM::Enabled}));
-    ASSERT_TRUE(setArray<const char*>(material(), OXM::IntervalNameList, {"Air", "Soft", "Bone"}));
-    ASSERT_TRUE(setArray(channel(OXM::Opacity), OXM::LookupTableHandleList,
-                         HandleList({{10.0f, 0.0f}, {16.0f, 0.5f}, {25.0f, 1.0f}})));
-    ASSERT_TRUE(waitForReread(reads));
-
-    const OXWLUTObjectInfo* m = model();
-    ASSERT_EQ(m->intervalCount(), 3);
-    // Border b lies at b + 0.5 in index units: 13 -> cells 10..13, 18 -> 14..18, 25 -> 19..25.
-    EXPECT_FLOAT_EQ(m->greyFromPosition(m->interval(0)->to()), 13.5f);
-    EXPECT_FLOAT_EQ(m->greyFromPosition(m->interval(1)->to()), 18.5f);
-    for (int i = 0; i < 3; ++i) {
-        EXPECT_EQ(m->interval(i)->name(), QString::fromLatin1(i == 0   ? "Air"
-                                                              : i == 1 ? "Soft"
-                                                                       : "Bone"));
-        EXPECT_EQ(m->interval(i)->isEnabled(), i != 1);
-    }
-    // The host's handle at 16 lies in the middle interval; every interval ends on the curve.
-    const Info* middle = m->interval(1);
-    bool found = false;
-    for (const Handle& h : middle->handles(Opacity)) {
-        if (std::fabs(m->greyFromPosition(middle->globalFromLocal(h.x)) - 16.0f) < 1e-3f) {
-            found = true;
-            EXPECT_FLOAT_EQ(h.y, 0.5f);
-        }
-    }
-    EXPECT_TRUE(found);
-    const HandleList& first = m->interval(0)->handles(Opacity);
-    ASSERT_GE(first.size(), 2u);
-    EXPECT_FLOAT_EQ(first.front().y, 0.0f);
-    EXPECT_NEAR(first.back().y, 0.5f * 3.0f / 6.0f, 1e-6f); // grey 13 on the line 10 -> 16
-}
-
-TEST_F(PanelRead, ColourHandlesAtOnePlaceKeepTheirOwnValues)
-{
-    ASSERT_TRUE(settle());
-    // One interval; red, green and blue share an inner handle at grey value 17, as the colour
-    // bar writes them.
-    const int reads = panel->objectInfoReadCount();
-    const float x0 = float(First);
-    const float x1 = float(Last);
-    ASSERT_TRUE(setArray(channel(OXM::AmbientRed), OXM::LookupTableHandleList,
-                         HandleList({{x0, 1.0f}, {17.0f, 0.5f}, {x1, 1.0f}})));
-    ASSERT_TRUE(setArray(channel(OXM::AmbientGreen), OXM::LookupTableHandleList,
-                         HandleList({{x0, 1.0f}, {17.0f, 0.25f}, {x1, 1.0f}})));
-    ASSERT_TRUE(setArray(channel(OXM::AmbientBlue), OXM::LookupTableHandleList,
-                         HandleList({{x0, 1.0f}, {17.0f, 0.75f}, {x1, 1.0f}})));
-    ASSERT_TRUE(waitForReread(reads));
-
-    const Info* interval = model()->interval(0);
-    const float expected[] = {128.0f, 64.0f, 192.0f};
-    for (int c = 0; c < 3; ++c) {
-        const HandleList& handles = interval->handles(Red + c);
-        ASSERT_EQ(handles.size(), 3u) << c;
-        EXPECT_FLOAT_EQ(model()->greyFromPosition(interval->globalFromLocal(handles[1].x)), 17.0f);
-        EXPECT_FLOAT_EQ(handles[1].y, expected[c]) << c;
-    }
-}
 
 TEST_F(PanelRead, WritingAndReadingBackReproducesBordersAndCurves)
 {
@@ -202,38 +147,52 @@ TEST_F(PanelRead, AMaterialWithoutIntervalListsGetsTheDefaultClassificationOutsi
     EXPECT_EQ(app.undoStack()->count(), 0);
 }
 
-// A burst of changes of the interval lists or of a channel is read once, after the timer.
+// A burst of changes of the interval lists or of a channel is read once, after the timer; a
+// burst of histogram messages causes one check after a delay of its own: an up-to-date
+// histogram is re-read once, new data is calculated first.
 TEST_F(PanelRead, ABurstOfChangeMessagesCausesOneReread)
 {
     ASSERT_TRUE(settle());
-    for (bool lists : {true, false}) {
-        SCOPED_TRACE(lists);
+    OXMHistogram* histogram = volume->getHistogram();
+    const std::function<void(int)> bursts[] = {
+        [this](int i) {
+            const QByteArray name = "Burst " + QByteArray::number(i);
+            ASSERT_TRUE(setArray<const char*>(material(), OXM::IntervalNameList, {name.data()}));
+            ASSERT_TRUE(setArray<OXMenum>(material(), OXM::IntervalModeList,
+                                          {i % 2 ? OXM::Disabled : OXM::Enabled}));
+        },
+        [this](int i) {
+            ASSERT_TRUE(setArray(channel(OXM::Opacity), OXM::LookupTableHandleList,
+                                 HandleList({{float(First), 0.0f}, {float(Last), 0.1f * i}})));
+        },
+        [histogram](int) { histogram->sendMessage(OXM::PropertyChanged, OXM::Result); },
+        [this, histogram](int i) {
+            if (i == 1) {
+                changeTestVolumeData(3);
+            }
+            histogram->sendMessage(OXM::PropertyChanged, OXM::Result);
+        }};
+    for (int b = 0; b < 4; ++b) {
+        SCOPED_TRACE(b);
         const int reads = panel->objectInfoReadCount();
         for (int i = 1; i <= 10; ++i) {
-            if (lists) {
-                const QByteArray name = "Burst " + QByteArray::number(i);
-                ASSERT_TRUE(
-                    setArray<const char*>(material(), OXM::IntervalNameList, {name.constData()}));
-                ASSERT_TRUE(setArray<OXMenum>(material(), OXM::IntervalModeList,
-                                              {i % 2 ? OXM::Disabled : OXM::Enabled}));
-            } else {
-                ASSERT_TRUE(
-                    setArray(channel(OXM::Opacity), OXM::LookupTableHandleList,
-                             HandleList({{float(First), 0.0f}, {float(Last), 0.1f * float(i)}})));
-            }
+            bursts[b](i);
         }
+        QTimer* timer = b < 2 ? panel->updateObjectInfoTimer() : panel->updateAnalyzerTimer();
+        EXPECT_TRUE(timer->isActive());
+        EXPECT_EQ(timer->interval(), b < 2 ? OXWClassificationToolGUI::ObjectInfoDelay
+                                           : OXWClassificationToolGUI::AnalyzerDelay);
         EXPECT_EQ(panel->objectInfoReadCount(), reads);
-        EXPECT_TRUE(panel->updateObjectInfoTimer()->isActive());
-        EXPECT_EQ(panel->updateObjectInfoTimer()->interval(),
-                  OXWClassificationToolGUI::ObjectInfoDelay);
         ASSERT_TRUE(waitForReread(reads));
         QTest::qWait(120);
         EXPECT_EQ(panel->objectInfoReadCount(), reads + 1);
-        ASSERT_EQ(model()->intervalCount(), 1);
     }
+    ASSERT_EQ(model()->intervalCount(), 1);
     EXPECT_EQ(model()->interval(0)->name(), QStringLiteral("Burst 10"));
     EXPECT_TRUE(model()->interval(0)->isEnabled());
     EXPECT_FLOAT_EQ(model()->interval(0)->handles(Opacity).back().y, 1.0f);
+    EXPECT_FALSE(histogram->needsCalculation());
+    EXPECT_EQ(histogram->getResult()->getCounts(), std::vector<float>(std::size_t(Cells), 3.0f));
 }
 
 // The panel's re-read against a literal one: intervals from the border list, then every host
@@ -448,26 +407,9 @@ TEST_F(PanelReadOracle, RandomClassificationsReadLikeTheLiteralReRead)
     }
 }
 
-namespace {
-
-class PanelHistogram : public PanelFixture
-{
-protected:
-    // New voxels for the test volume, so that its histogram must be calculated again.
-    void changeTestVolumeData(int copies = 3)
-    {
-        std::vector<std::uint8_t> voxels = greyRamp(First, Last, copies);
-        ASSERT_TRUE(volume->getSampleGrid()->setSamples(OXMVector3<int>(int(voxels.size()), 1, 1),
-                                                        OXM::UInt8, voxels));
-        ASSERT_TRUE(volume->getHistogram()->needsCalculation());
-    }
-};
-
-} // namespace
-
 // Another volume selected while the histogram is calculated aborts the calculation: from its
 // first progress report, or from a timer that the panel's own calculation lets run.
-TEST_F(PanelHistogram, SelectingAnotherVolumeAbortsARunningCalculation)
+TEST_F(PanelRead, SelectingAnotherVolumeAbortsARunningCalculation)
 {
     ASSERT_TRUE(settle());
     OXMHistogram* running = volume->getHistogram();
@@ -514,36 +456,10 @@ TEST_F(PanelHistogram, SelectingAnotherVolumeAbortsARunningCalculation)
     }
 }
 
-// A burst of histogram messages causes one check after a delay; an up-to-date histogram is
-// re-read once, new data is calculated first.
-TEST_F(PanelHistogram, ABurstOfHistogramMessagesCausesOneCheck)
-{
-    ASSERT_TRUE(settle());
-    OXMHistogram* histogram = volume->getHistogram();
-    for (bool newData : {false, true}) {
-        SCOPED_TRACE(newData);
-        const int reads = panel->objectInfoReadCount();
-        if (newData) {
-            changeTestVolumeData();
-        }
-        for (int i = 0; i < 10; ++i) {
-            histogram->sendMessage(OXM::PropertyChanged, OXM::Result);
-        }
-        EXPECT_EQ(panel->updateAnalyzerTimer()->interval(),
-                  OXWClassificationToolGUI::AnalyzerDelay);
-        EXPECT_EQ(panel->objectInfoReadCount(), reads);
-        ASSERT_TRUE(waitForReread(reads));
-        QTest::qWait(120);
-        EXPECT_EQ(panel->objectInfoReadCount(), reads + 1);
-        EXPECT_FALSE(histogram->needsCalculation());
-    }
-    EXPECT_EQ(histogram->getResult()->getCounts(), std::vector<float>(std::size_t(Cells), 3.0f));
-}
-
 // One point per bin, from the first value to the last; the work area's menu item exports too.
 // The first dialog starts in the user's documents, the later ones where the last ended. A file
 // that can't be written gets a warning naming it; a cancelled dialog gets nothing.
-TEST_F(PanelHistogram, ExportsOnePointPerBinAndWarnsOfAFileThatCantBeWritten)
+TEST_F(PanelRead, ExportsOnePointPerBinAndWarnsOfAFileThatCantBeWritten)
 {
     QByteArray everyBin = "x,y\n";
     for (int g = First; g <= Last; ++g) {
@@ -594,7 +510,7 @@ TEST_F(PanelHistogram, ExportsOnePointPerBinAndWarnsOfAFileThatCantBeWritten)
 
 // Data whose bins do not count one value each show their own values on the tool's axis: the
 // centre of the first bin is the smallest value, that of the last bin the largest.
-TEST_F(PanelHistogram, FloatAndWideIntegerDataClassifyInTheirOwnValues)
+TEST_F(PanelRead, FloatAndWideIntegerDataClassifyInTheirOwnValues)
 {
     std::vector<float> floats;
     for (int i = 0; i <= 100; ++i) {
