@@ -142,61 +142,31 @@ protected:
 
 } // namespace
 
-// Names are how the panel, style sheets and scripts find the form's parts.
-TEST_F(Form, EveryWidgetAndLayoutHasANameOfItsOwn)
+// Names are how the panel, style sheets and scripts find the form's parts. Whatever size the
+// dock gives it, on every page: every widget of the form is laid out, no two visible ones
+// overlap, and the colour bars keep their height of 20 pixels.
+TEST_F(Form, EveryPartHasANameOfItsOwnAndIsLaidOutWithoutOverlap)
 {
     EXPECT_EQ(form->objectName(), QStringLiteral("OXWClassificationToolGUIUI"));
     EXPECT_EQ(TestForm(nullptr, "panel").objectName(), QStringLiteral("panel"));
-    const std::vector<QWidget*> containers =
-        containersOf(form.get(), form->mColorManipulationTabWidget);
+    QTabWidget* tabs = form->mColorManipulationTabWidget;
+    const std::vector<QWidget*> containers = containersOf(form.get(), tabs);
     std::set<QObject*> parts;
-    for (QWidget* container : containers) {
-        std::vector<QWidget*> widgets;
-        managedWidgets(container->layout(), widgets);
-        parts.insert(widgets.begin(), widgets.end());
-    }
     for (QLayout* layout : form->findChildren<QLayout*>()) {
         if (std::count(containers.begin(), containers.end(), layout->parentWidget()) != 0) {
             parts.insert(layout);
         }
     }
-    EXPECT_EQ(parts.size(), 48u);
-    for (QObject* part : parts) {
-        const QString name = part->objectName();
-        EXPECT_EQ(form->findChildren<QObject*>(name).size(), 1)
-            << part->metaObject()->className() << " \"" << name.toStdString() << "\"";
-    }
-}
-
-TEST_F(Form, TheFormFiltersTheEditorsEventsOnly)
-{
-    for (QWidget* w : std::initializer_list<QWidget*>{
-             form->mLUTWorkArea, form->mAmbientLUTColorBar, form->mDiffuseLUTColorBar,
-             form->mDiffuseLUTColorBar, form->mSpecularColorWidget,
-             form->mColorManipulationTabWidget}) {
-        QMouseEvent move(QEvent::MouseMove, QPointF(5, 5), Qt::NoButton, Qt::NoButton,
-                         Qt::NoModifier);
-        QApplication::sendEvent(w, &move);
-    }
-    EXPECT_EQ(form->moves, (std::map<QObject*, int>{{form->mLUTWorkArea, 1},
-                                                    {form->mAmbientLUTColorBar, 1},
-                                                    {form->mDiffuseLUTColorBar, 2}}));
-}
-
-// Whatever size the dock gives it, on every page: every widget of the form is laid out, no two
-// visible ones overlap, and the colour bars keep their height of 20 pixels.
-TEST_F(Form, EveryWidgetIsLaidOutWithoutOverlapAndTheColourBarsAreTwentyPixelsHigh)
-{
     form->show();
-    QTabWidget* tabs = form->mColorManipulationTabWidget;
     for (QSize size : {form->size(), QSize(700, 1000)}) {
         form->resize(size);
         for (int page = 0; page < tabs->count(); ++page) {
             tabs->setCurrentIndex(page);
             QApplication::processEvents();
-            for (QWidget* container : containersOf(form.get(), tabs)) {
+            for (QWidget* container : containers) {
                 std::vector<QWidget*> laidOut;
                 managedWidgets(container->layout(), laidOut);
+                parts.insert(laidOut.begin(), laidOut.end());
                 for (QObject* child : container->children()) {
                     auto* widget = qobject_cast<QWidget*>(child);
                     if (!widget || widget->isWindow()) {
@@ -213,13 +183,33 @@ TEST_F(Form, EveryWidgetIsLaidOutWithoutOverlapAndTheColourBarsAreTwentyPixelsHi
                     }
                 }
             }
-            OXWLUTColorBar* bar = page == 0 ? form->mAmbientLUTColorBar : form->mDiffuseLUTColorBar;
             if (page < 2) {
+                OXWLUTColorBar* bar = page ? form->mDiffuseLUTColorBar : form->mAmbientLUTColorBar;
                 EXPECT_EQ(bar->height(), 20);
                 EXPECT_GT(bar->width(), 20);
             }
         }
     }
+    EXPECT_EQ(parts.size(), 48u);
+    for (QObject* part : parts) {
+        EXPECT_EQ(form->findChildren<QObject*>(part->objectName()).size(), 1)
+            << part->metaObject()->className() << " \"" << part->objectName().toStdString() << "\"";
+    }
+}
+
+TEST_F(Form, TheFormFiltersTheEditorsEventsOnly)
+{
+    for (QWidget* w : std::initializer_list<QWidget*>{
+             form->mLUTWorkArea, form->mAmbientLUTColorBar, form->mDiffuseLUTColorBar,
+             form->mDiffuseLUTColorBar, form->mSpecularColorWidget,
+             form->mColorManipulationTabWidget}) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(5, 5), Qt::NoButton, Qt::NoButton,
+                         Qt::NoModifier);
+        QApplication::sendEvent(w, &move);
+    }
+    EXPECT_EQ(form->moves, (std::map<QObject*, int>{{form->mLUTWorkArea, 1},
+                                                    {form->mAmbientLUTColorBar, 1},
+                                                    {form->mDiffuseLUTColorBar, 2}}));
 }
 
 // Every text comes through the translator of the form's context, also when one is installed

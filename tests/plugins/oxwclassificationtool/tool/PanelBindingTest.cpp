@@ -6,7 +6,6 @@
 
 #include <OXMObjectLink.h>
 #include <OXWRenderMethodTable.h>
-#include <OXWSpinBox.h>
 
 #include <QCheckBox>
 #include <QComboBox>
@@ -481,16 +480,4 @@ TEST_F(PanelRendering, AnotherRendererIsCreatedWithTheOldShadingAndDistance)
         app.undoStack()->undo();
     }
     EXPECT_EQ(plugin(), before);
-}
-
-TEST_F(PanelRendering, OversamplingWritesTheInverseDistance)
-{
-    auto* spin = widget<OXWSpinBox>("mOversamplingSpinBox");
-    for (const auto& [oversampling, distance] :
-         {std::pair<double, float>{0.5, 2.0f}, {50.0, 0.02f}}) {
-        spin->setValue(oversampling);
-        float written = 0.0f;
-        ASSERT_TRUE(plugin()->getValue(OXM::SamplingDistance, written));
-        EXPECT_FLOAT_EQ(written, distance);
-    }
 }

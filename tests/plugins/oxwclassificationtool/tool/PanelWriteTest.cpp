@@ -290,10 +290,13 @@ TEST_F(PanelWrite, EachSpinBoxStepWritesItsChannelInOneUndoStepOfItsName)
         const int steps = app.undoStack()->count();
         box->stepUp();
         ASSERT_NE(box->value(), before);
+        float scale = -1.0f;
         if (b.channel != OXM::Unknown) {
-            float scale = -1.0f;
             ASSERT_TRUE(material()->getLinkedObject(b.channel)->getValue(OXM::Scale, scale));
             EXPECT_NEAR(scale, box->value() * b.scale, 1e-5);
+        } else { // oversampling: the inverse distance
+            ASSERT_TRUE(volume->getRenderPlugin()->getValue(OXM::SamplingDistance, scale));
+            EXPECT_FLOAT_EQ(scale, float(1.0 / box->value()));
         }
         EXPECT_EQ(app.undoStack()->count(), steps + 1);
         EXPECT_EQ(app.undoStack()->undoName(), QString::fromLatin1(b.step));
