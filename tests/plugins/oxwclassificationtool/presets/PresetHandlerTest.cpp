@@ -170,10 +170,6 @@ TEST_F(PresetHandler, ComponentsOnTheByteRangePutsTheColourHandlesAtTheQuarters)
     OXMVolumeRenderObject* bytes = addVolume("Bytes", greyRamp(0, 255, 1));
     ASSERT_NE(bytes, nullptr);
     selectAndSettle(bytes);
-    QStringList builtIn;
-    ASSERT_TRUE(presets->getPresetList(builtIn, OXM::DefaultPreset));
-    EXPECT_EQ(builtIn,
-              (QStringList{"Ramp", "Inverse Ramp", "Components", "Isosurface Transparent"}));
     pick("Components", OXM::DefaultPreset);
     OXMSampleMaterial* m = bytes->getMaterial();
     for (OXMenum id : {OXM::AmbientRed, OXM::AmbientGreen, OXM::AmbientBlue}) {

@@ -44,12 +44,11 @@
 
 namespace {
 
-// The form with languageChange opened up and an event filter that counts mouse moves per
-// watched object (and swallows them, so the editors never see them).
+// The form with an event filter that counts mouse moves per watched object (and swallows
+// them, so the editors never see them).
 class TestForm : public OXWClassificationToolGUIUI
 {
 public:
-    using OXWClassificationToolGUIUI::languageChange;
     using OXWClassificationToolGUIUI::OXWClassificationToolGUIUI;
 
     bool eventFilter(QObject* watched, QEvent* event) override

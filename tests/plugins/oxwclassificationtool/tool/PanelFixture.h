@@ -1,17 +1,11 @@
 #pragma once
 
-// The classification tool panel in the viewer's setting, for its integration tests: the
-// application (selection lists, undo stack), the viewer's sample scene with a small volume of
-// our own added to it, the classification preset handler (its user presets in a folder of the
-// test's own) and the panel built the way the plug-in builds it, bound to that volume through
-// the application's selection.
-//
-// The test volume holds the grey values 10 .. 25, two voxels each, so its histogram has 16
-// bins and the panel's model 16 cells of width 1/16; its material carries the host's default
-// classification (one interval "Interval 1", an opacity ramp, white colours).
-//
-// Teardown: the panel goes first (it listens to the host objects and holds them), then the
-// preset handler, then the application, which takes the scene and every volume with it.
+// The classification tool panel in the viewer's setting: the application, the viewer's sample
+// scene with a small volume of our own (grey values 10 .. 25, two voxels each: 16 bins, 16
+// model cells of width 1/16, the host's default classification), the preset handler (user
+// presets in the test's own folder) and the panel bound to that volume through the selection.
+// Teardown: the panel first (it listens to the host objects), then the handler, then the
+// application with the scene and every volume.
 
 #include <OXWClassificationToolGUI.h>
 #include <OXWLUTColorBar.h>
