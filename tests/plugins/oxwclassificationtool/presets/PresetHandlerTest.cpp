@@ -211,11 +211,14 @@ TEST_F(PresetHandler, ASavedPresetAppliedByAnotherHandlerReproducesTheMaterialEx
     presets->setAbsolutePreset(false);
     const Snapshot relative(volume);
     ASSERT_TRUE(presets->saveTargetAsPreset("Mine relative", OXM::UserPreset));
-    pick("Ramp", OXM::DefaultPreset);
+    pick("Mine", OXM::UserPreset);
+    EXPECT_TRUE(presets->isAbsolutePreset());
     pick("Mine relative", OXM::UserPreset);
     EXPECT_TRUE(Snapshot(volume) == relative);
+    EXPECT_FALSE(presets->isAbsolutePreset()) << "applying sets the flag to the preset's mode";
 }
 
+// The save dialog's "Absolute Preset" box shows the handler's flag and sets it.
 TEST_F(PresetHandler, TheAbsolutePresetBoxMirrorsTheHandlersFlag)
 {
     const auto shown = [this] {
@@ -225,19 +228,11 @@ TEST_F(PresetHandler, TheAbsolutePresetBoxMirrorsTheHandlersFlag)
     const std::unique_ptr<QWidget> box(presets->createSaveDialogExtension());
     auto* check = qobject_cast<QCheckBox*>(box.get());
     ASSERT_EQ(check->text(), QStringLiteral("Absolute Preset"));
-    EXPECT_FALSE(shown());
-    check->click();
-    EXPECT_TRUE(presets->isAbsolutePreset() && shown());
-    check->click();
-    check->click();
-    EXPECT_TRUE(presets->isAbsolutePreset()) << "two clicks leave it as it was";
-    ASSERT_TRUE(presets->saveTargetAsPreset("Absolute", OXM::UserPreset));
-    presets->setAbsolutePreset(false);
-    ASSERT_TRUE(presets->saveTargetAsPreset("Relative", OXM::UserPreset));
-    pick("Absolute", OXM::UserPreset);
-    EXPECT_TRUE(shown()) << "applying sets the flag to the preset's mode";
-    pick("Relative", OXM::UserPreset);
-    EXPECT_FALSE(shown());
+    for (bool absolute : {false, true, false}) {
+        EXPECT_EQ(presets->isAbsolutePreset(), absolute);
+        EXPECT_EQ(shown(), absolute);
+        check->click();
+    }
 }
 
 TEST_F(PresetHandler, AnEditAfterApplyingMarksThePresetModifiedAndUndoTakesTheApplyBackInOneStep)

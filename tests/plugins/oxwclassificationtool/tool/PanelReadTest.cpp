@@ -487,11 +487,9 @@ TEST_F(PanelRead, ExportsOnePointPerBinAndWarnsOfAFileThatCantBeWritten)
         EXPECT_EQ(file.readAll(), csv);
         firstStart = n == 1 ? OXWFileDialog::lastRequest().startDirectory : firstStart;
     }
-    const OXWFileDialog::Request request = OXWFileDialog::lastRequest();
-    EXPECT_TRUE(request.save);
-    EXPECT_EQ(request.caption, QStringLiteral("Save csv as..."));
-    EXPECT_EQ(request.filters, QStringList({QStringLiteral("CSV files (*.csv *.CSV)")}));
-    EXPECT_EQ(QDir::cleanPath(request.startDirectory), QDir::cleanPath(files.path()));
+    EXPECT_TRUE(OXWFileDialog::lastRequest().save);
+    EXPECT_EQ(QDir::cleanPath(OXWFileDialog::lastRequest().startDirectory),
+              QDir::cleanPath(files.path()));
     EXPECT_EQ(QDir::cleanPath(firstStart),
               QDir::cleanPath(OXWApplication::parsePath(QStringLiteral("${USER_DOCUMENTS}"))));
 
