@@ -165,26 +165,6 @@ INSTANTIATE_TEST_SUITE_P(Phantoms, BuiltInPreset,
                          ::testing::Combine(::testing::Values(8, 16),
                                             ::testing::Values(0, 1, 2, 3)));
 
-TEST_F(PresetHandler, ComponentsOnTheByteRangePutsTheColourHandlesAtTheQuarters)
-{
-    OXMVolumeRenderObject* bytes = addVolume("Bytes", greyRamp(0, 255, 1));
-    ASSERT_NE(bytes, nullptr);
-    selectAndSettle(bytes);
-    pick("Components", OXM::DefaultPreset);
-    OXMSampleMaterial* m = bytes->getMaterial();
-    for (OXMenum id : {OXM::AmbientRed, OXM::AmbientGreen, OXM::AmbientBlue}) {
-        std::vector<float> xs;
-        for (const Handle& h : handleList(m->getChannel(id)))
-            xs.push_back(h.x);
-        EXPECT_EQ(xs, (std::vector<float>{0, 1, 64.5f, 128, 191.5f, 255}));
-    }
-    EXPECT_EQ(handleList(m->getChannel(OXM::Opacity)), (HandleList{{0, 0}, {1, 1}, {255, 1}}));
-    EXPECT_EQ(intervalNames(m), (std::vector<QByteArray>{"Background", "Components"}));
-    float sampling = 0.0f;
-    EXPECT_TRUE(bytes->getRenderPlugin()->getValue(OXM::SamplingDistance, sampling) &&
-                sampling == 0.5f);
-}
-
 TEST_F(PresetHandler, ASavedPresetAppliedByAnotherHandlerReproducesTheMaterialExactly)
 {
     shapeVolume();
