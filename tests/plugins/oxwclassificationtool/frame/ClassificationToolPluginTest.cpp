@@ -1,5 +1,6 @@
-// The plug-in module as the host runs it: loaded without linking any of its code, started and
-// stopped through its record's callbacks, its preference edited in the host's dialog.
+// The plug-in module as the host runs it: loaded without linking any of its code, its names
+// registered at load and withdrawn at unload, started and stopped through its record's
+// callbacks, its preference edited in the host's dialog.
 
 #include <OXMClassManager.h>
 #include <OXMPluginInfo.h>
@@ -13,6 +14,7 @@
 
 #include <QGroupBox>
 #include <QLibrary>
+#include <QStringList>
 #include <QTemporaryDir>
 #include <QTest>
 #include <QTreeWidget>
@@ -20,6 +22,9 @@
 #include <gtest/gtest.h>
 
 #include <memory>
+#include <set>
+#include <string>
+#include <vector>
 
 // The host's handle of a plug-in; the plug-in only passes it on.
 struct __OXMPlugin
@@ -171,25 +176,53 @@ TEST_F(ClassificationToolPlugin, ThePreferencePageAppearsTwiceAndItsChoiceSurviv
     EXPECT_EQ(stop(), OXM::NoError);
 }
 
-// Loaded, started, stopped and unloaded again and again in one process: every round leaves
-// no registration and no object behind (the sanitizer build checks the memory).
-TEST(ClassificationToolModule, LoadsAndUnloadsTwentyTimes)
+// The set of the plug-in's names registered in the namespace.
+std::set<std::string> liveNames()
 {
+    const int count = OXMRegisteredEnum::getEnumCount(Module);
+    std::vector<OXMRegisteredEnum*> found(std::size_t(count > 0 ? count : 0), nullptr);
+    const int n = OXMRegisteredEnum::findEnums(found.data(), count, Module);
+    std::set<std::string> names;
+    for (int i = 0; i < n; ++i) {
+        names.insert(found[std::size_t(i)]->getName());
+    }
+    return names;
+}
+
+// Loaded, started, stopped and unloaded again and again in one process. The names its
+// components use exist as soon as the library is loaded, before any of its code runs (all but
+// the three object identifiers, registered when first asked for); every round leaves no
+// registration and no object behind (the sanitizer build checks the memory).
+TEST(ClassificationToolModule, RegistersItsNamesAtLoadAndLeavesNothingInTwentyRounds)
+{
+    std::set<std::string> used;
+    for (const QString& name :
+         QStringLiteral("Default3DRendererPreferences PresetClassificationHandler "
+                        "PresetVolumeRenderHandler AbsoluteMode IntervalFloatIndexList "
+                        "ShadingModel ShadingCountLimit SurfaceInverted SceneCameraList "
+                        "TulvoRights Scatter ScatterHQ ScatterGradient XRay Sum RenderPluginName "
+                        "SecondLightShadow ExportClassificationColor ImportClassificationColor")
+             .split(QLatin1Char(' '))) {
+        used.insert(name.toStdString());
+    }
     OXWApplication app;
     OXWMainWindow window;
     OXWPreferenceManager manager;
     OXMSingleton<OXWPreferenceManager>::setInstance(&manager);
     __OXMPlugin handle;
     for (int round = 0; round < 20; ++round) {
+        SCOPED_TRACE(round);
+        ASSERT_TRUE(liveNames().empty());
         QLibrary library(QString::fromUtf8(OXW_CLASSIFICATION_TOOL_LIBRARY));
         ASSERT_TRUE(library.load()) << library.errorString().toStdString();
+        ASSERT_EQ(liveNames(), used);
         auto entry =
             reinterpret_cast<OXMGetPluginInfoFunction>(library.resolve("oxmGetPluginInfo"));
         OXMPluginInfo* info = entry();
-        ASSERT_EQ(info->initialize(&handle), OXM::NoError) << "round " << round;
-        ASSERT_EQ(info->terminate(&handle), OXM::NoError) << "round " << round;
+        ASSERT_EQ(info->initialize(&handle), OXM::NoError);
+        ASSERT_EQ(info->terminate(&handle), OXM::NoError);
         ASSERT_TRUE(library.unload());
-        ASSERT_EQ(OXMRegisteredEnum::getEnumCount(Module), 0) << "round " << round;
+        ASSERT_EQ(OXMRegisteredEnum::getEnumCount(Module), 0);
         ASSERT_EQ(objectsOf(nullptr, Module), 0);
         ASSERT_EQ(OXMClassManager::findMetaClass("OXMDefault3DRendererPreferences"), nullptr);
         ASSERT_EQ(manager.preferenceCount(), 0);

@@ -165,30 +165,6 @@ INSTANTIATE_TEST_SUITE_P(Phantoms, BuiltInPreset,
                          ::testing::Combine(::testing::Values(8, 16),
                                             ::testing::Values(0, 1, 2, 3)));
 
-TEST_F(PresetHandler, ComponentsOnTheByteRangePutsTheColourHandlesAtTheQuarters)
-{
-    OXMVolumeRenderObject* bytes = addVolume("Bytes", greyRamp(0, 255, 1));
-    ASSERT_NE(bytes, nullptr);
-    selectAndSettle(bytes);
-    QStringList builtIn;
-    ASSERT_TRUE(presets->getPresetList(builtIn, OXM::DefaultPreset));
-    EXPECT_EQ(builtIn,
-              (QStringList{"Ramp", "Inverse Ramp", "Components", "Isosurface Transparent"}));
-    pick("Components", OXM::DefaultPreset);
-    OXMSampleMaterial* m = bytes->getMaterial();
-    for (OXMenum id : {OXM::AmbientRed, OXM::AmbientGreen, OXM::AmbientBlue}) {
-        std::vector<float> xs;
-        for (const Handle& h : handleList(m->getChannel(id)))
-            xs.push_back(h.x);
-        EXPECT_EQ(xs, (std::vector<float>{0, 1, 64.5f, 128, 191.5f, 255}));
-    }
-    EXPECT_EQ(handleList(m->getChannel(OXM::Opacity)), (HandleList{{0, 0}, {1, 1}, {255, 1}}));
-    EXPECT_EQ(intervalNames(m), (std::vector<QByteArray>{"Background", "Components"}));
-    float sampling = 0.0f;
-    EXPECT_TRUE(bytes->getRenderPlugin()->getValue(OXM::SamplingDistance, sampling) &&
-                sampling == 0.5f);
-}
-
 TEST_F(PresetHandler, ASavedPresetAppliedByAnotherHandlerReproducesTheMaterialExactly)
 {
     shapeVolume();
@@ -215,11 +191,14 @@ TEST_F(PresetHandler, ASavedPresetAppliedByAnotherHandlerReproducesTheMaterialEx
     presets->setAbsolutePreset(false);
     const Snapshot relative(volume);
     ASSERT_TRUE(presets->saveTargetAsPreset("Mine relative", OXM::UserPreset));
-    pick("Ramp", OXM::DefaultPreset);
+    pick("Mine", OXM::UserPreset);
+    EXPECT_TRUE(presets->isAbsolutePreset());
     pick("Mine relative", OXM::UserPreset);
     EXPECT_TRUE(Snapshot(volume) == relative);
+    EXPECT_FALSE(presets->isAbsolutePreset()) << "applying sets the flag to the preset's mode";
 }
 
+// The save dialog's "Absolute Preset" box shows the handler's flag and sets it.
 TEST_F(PresetHandler, TheAbsolutePresetBoxMirrorsTheHandlersFlag)
 {
     const auto shown = [this] {
@@ -229,19 +208,11 @@ TEST_F(PresetHandler, TheAbsolutePresetBoxMirrorsTheHandlersFlag)
     const std::unique_ptr<QWidget> box(presets->createSaveDialogExtension());
     auto* check = qobject_cast<QCheckBox*>(box.get());
     ASSERT_EQ(check->text(), QStringLiteral("Absolute Preset"));
-    EXPECT_FALSE(shown());
-    check->click();
-    EXPECT_TRUE(presets->isAbsolutePreset() && shown());
-    check->click();
-    check->click();
-    EXPECT_TRUE(presets->isAbsolutePreset()) << "two clicks leave it as it was";
-    ASSERT_TRUE(presets->saveTargetAsPreset("Absolute", OXM::UserPreset));
-    presets->setAbsolutePreset(false);
-    ASSERT_TRUE(presets->saveTargetAsPreset("Relative", OXM::UserPreset));
-    pick("Absolute", OXM::UserPreset);
-    EXPECT_TRUE(shown()) << "applying sets the flag to the preset's mode";
-    pick("Relative", OXM::UserPreset);
-    EXPECT_FALSE(shown());
+    for (bool absolute : {false, true, false}) {
+        EXPECT_EQ(presets->isAbsolutePreset(), absolute);
+        EXPECT_EQ(shown(), absolute);
+        check->click();
+    }
 }
 
 TEST_F(PresetHandler, AnEditAfterApplyingMarksThePresetModifiedAndUndoTakesTheApplyBackInOneStep)

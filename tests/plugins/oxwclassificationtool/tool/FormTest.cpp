@@ -1,9 +1,22 @@
-// The classification tool's form: names, layout, texts, tab order and the event filter that the
-// editors install on it.
+// The classification tool's form (names, layout, texts, tab order, the event filter on the
+// editors) and the table of rendering methods (lookups, combo box, listener, render settings).
 
 #include <OXWClassificationToolGUIUI.h>
 #include <OXWLUTColorBar.h>
 #include <OXWLUTWorkArea.h>
+#include <OXWRenderMethodTable.h>
+
+#include <OXMCamera.h>
+#include <OXMIOC.h>
+#include <OXMObjectIOCPtr.h>
+#include <OXMObjectPtr.h>
+#include <OXMObjectRefPtr.h>
+#include <OXMOxm2RenderSettings.h>
+#include <OXMRaytracingVolumeRenderPlugin.h>
+#include <OXMScene.h>
+#include <OXMSceneNames.h>
+#include <OXMSingleton.h>
+#include <OXWApplication.h>
 
 #include <OXWColorWidget.h>
 #include <OXWPresetComboBox.h>
@@ -11,6 +24,7 @@
 
 #include <QApplication>
 #include <QCheckBox>
+#include <QComboBox>
 #include <QGroupBox>
 #include <QLabel>
 #include <QLayout>
@@ -22,6 +36,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <functional>
 #include <map>
 #include <memory>
 #include <set>
@@ -29,12 +44,11 @@
 
 namespace {
 
-// The form with languageChange opened up and an event filter that counts mouse moves per
-// watched object (and swallows them, so the editors never see them).
+// The form with an event filter that counts mouse moves per watched object (and swallows
+// them, so the editors never see them).
 class TestForm : public OXWClassificationToolGUIUI
 {
 public:
-    using OXWClassificationToolGUIUI::languageChange;
     using OXWClassificationToolGUIUI::OXWClassificationToolGUIUI;
 
     bool eventFilter(QObject* watched, QEvent* event) override
@@ -49,27 +63,24 @@ public:
     std::map<QObject*, int> moves;
 };
 
-// Translates every text of one context to "<prefix><text>" and leaves the others alone.
-class PrefixTranslator : public QTranslator
+// Translates the texts of one context with a function and leaves the others alone.
+class Translator : public QTranslator
 {
 public:
-    PrefixTranslator(const char* context, const QString& prefix)
-        : mContext(context), mPrefix(prefix)
+    Translator(const char* context, std::function<QString(const QString&)> tr)
+        : mContext(context), mTr(std::move(tr))
     {
     }
     bool isEmpty() const override { return false; }
     QString translate(const char* context, const char* sourceText, const char* = nullptr,
                       int = -1) const override
     {
-        if (qstrcmp(context, mContext) != 0) {
-            return QString();
-        }
-        return mPrefix + QString::fromUtf8(sourceText);
+        return qstrcmp(context, mContext) != 0 ? QString() : mTr(QString::fromUtf8(sourceText));
     }
 
 private:
     const char* mContext;
-    QString mPrefix;
+    std::function<QString(const QString&)> mTr;
 };
 
 // The widgets a layout manages, at any depth of nested layouts.
@@ -122,12 +133,6 @@ QStringList textsOf(QWidget* form)
     return texts;
 }
 
-void sendMove(QWidget* widget)
-{
-    QMouseEvent move(QEvent::MouseMove, QPointF(5, 5), Qt::NoButton, Qt::NoButton, Qt::NoModifier);
-    QApplication::sendEvent(widget, &move);
-}
-
 class Form : public ::testing::Test
 {
 protected:
@@ -136,61 +141,31 @@ protected:
 
 } // namespace
 
-// Names are how the panel, style sheets and scripts find the form's parts.
-TEST_F(Form, EveryWidgetAndLayoutHasANameOfItsOwn)
+// Names are how the panel, style sheets and scripts find the form's parts. Whatever size the
+// dock gives it, on every page: every widget of the form is laid out, no two visible ones
+// overlap, and the colour bars keep their height of 20 pixels.
+TEST_F(Form, EveryPartHasANameOfItsOwnAndIsLaidOutWithoutOverlap)
 {
     EXPECT_EQ(form->objectName(), QStringLiteral("OXWClassificationToolGUIUI"));
     EXPECT_EQ(TestForm(nullptr, "panel").objectName(), QStringLiteral("panel"));
-    const std::vector<QWidget*> containers =
-        containersOf(form.get(), form->mColorManipulationTabWidget);
+    QTabWidget* tabs = form->mColorManipulationTabWidget;
+    const std::vector<QWidget*> containers = containersOf(form.get(), tabs);
     std::set<QObject*> parts;
-    for (QWidget* container : containers) {
-        std::vector<QWidget*> widgets;
-        managedWidgets(container->layout(), widgets);
-        parts.insert(widgets.begin(), widgets.end());
-    }
     for (QLayout* layout : form->findChildren<QLayout*>()) {
         if (std::count(containers.begin(), containers.end(), layout->parentWidget()) != 0) {
             parts.insert(layout);
         }
     }
-    EXPECT_EQ(parts.size(), 48u);
-    for (QObject* part : parts) {
-        const QString name = part->objectName();
-        EXPECT_EQ(form->findChildren<QObject*>(name).size(), 1)
-            << part->metaObject()->className() << " \"" << name.toStdString() << "\"";
-    }
-}
-
-TEST_F(Form, TheFormFiltersTheEditorsEvents)
-{
-    sendMove(form->mLUTWorkArea);
-    sendMove(form->mAmbientLUTColorBar);
-    sendMove(form->mDiffuseLUTColorBar);
-    sendMove(form->mDiffuseLUTColorBar);
-    EXPECT_EQ(form->moves[form->mLUTWorkArea], 1);
-    EXPECT_EQ(form->moves[form->mAmbientLUTColorBar], 1);
-    EXPECT_EQ(form->moves[form->mDiffuseLUTColorBar], 2);
-    // The form watches the editors only.
-    sendMove(form->mSpecularColorWidget);
-    sendMove(form->mColorManipulationTabWidget);
-    EXPECT_EQ(form->moves.size(), 3u);
-}
-
-// Whatever size the dock gives it, on every page: every widget of the form is laid out, no two
-// visible ones overlap, and the colour bars keep their height of 20 pixels.
-TEST_F(Form, EveryWidgetIsLaidOutWithoutOverlapAndTheColourBarsAreTwentyPixelsHigh)
-{
     form->show();
-    QTabWidget* tabs = form->mColorManipulationTabWidget;
     for (QSize size : {form->size(), QSize(700, 1000)}) {
         form->resize(size);
         for (int page = 0; page < tabs->count(); ++page) {
             tabs->setCurrentIndex(page);
             QApplication::processEvents();
-            for (QWidget* container : containersOf(form.get(), tabs)) {
+            for (QWidget* container : containers) {
                 std::vector<QWidget*> laidOut;
                 managedWidgets(container->layout(), laidOut);
+                parts.insert(laidOut.begin(), laidOut.end());
                 for (QObject* child : container->children()) {
                     auto* widget = qobject_cast<QWidget*>(child);
                     if (!widget || widget->isWindow()) {
@@ -207,13 +182,33 @@ TEST_F(Form, EveryWidgetIsLaidOutWithoutOverlapAndTheColourBarsAreTwentyPixelsHi
                     }
                 }
             }
-            OXWLUTColorBar* bar = page == 0 ? form->mAmbientLUTColorBar : form->mDiffuseLUTColorBar;
             if (page < 2) {
+                OXWLUTColorBar* bar = page ? form->mDiffuseLUTColorBar : form->mAmbientLUTColorBar;
                 EXPECT_EQ(bar->height(), 20);
                 EXPECT_GT(bar->width(), 20);
             }
         }
     }
+    EXPECT_EQ(parts.size(), 48u);
+    for (QObject* part : parts) {
+        EXPECT_EQ(form->findChildren<QObject*>(part->objectName()).size(), 1)
+            << part->metaObject()->className() << " \"" << part->objectName().toStdString() << "\"";
+    }
+}
+
+TEST_F(Form, TheFormFiltersTheEditorsEventsOnly)
+{
+    for (QWidget* w : std::initializer_list<QWidget*>{
+             form->mLUTWorkArea, form->mAmbientLUTColorBar, form->mDiffuseLUTColorBar,
+             form->mDiffuseLUTColorBar, form->mSpecularColorWidget,
+             form->mColorManipulationTabWidget}) {
+        QMouseEvent move(QEvent::MouseMove, QPointF(5, 5), Qt::NoButton, Qt::NoButton,
+                         Qt::NoModifier);
+        QApplication::sendEvent(w, &move);
+    }
+    EXPECT_EQ(form->moves, (std::map<QObject*, int>{{form->mLUTWorkArea, 1},
+                                                    {form->mAmbientLUTColorBar, 1},
+                                                    {form->mDiffuseLUTColorBar, 2}}));
 }
 
 // Every text comes through the translator of the form's context, also when one is installed
@@ -223,12 +218,7 @@ TEST_F(Form, EveryTextIsTranslatedAndTheFormIsRelabelledWhenATranslatorComesOrGo
     form->show();
     const QStringList english = textsOf(form.get());
     EXPECT_EQ(english.size(), 31);
-    EXPECT_TRUE(english.contains(QStringLiteral("Volume Rendering")));
-    EXPECT_TRUE(english.contains(QStringLiteral("Set transparency")));
-
-    PrefixTranslator german("OXWClassificationToolGUIUI", QStringLiteral("de:"));
-    PrefixTranslator other("OXWSomethingElse", QStringLiteral("xx:"));
-    QCoreApplication::installTranslator(&other);
+    Translator german("OXWClassificationToolGUIUI", [](const QString& s) { return "de:" + s; });
     QCoreApplication::installTranslator(&german);
     QApplication::processEvents();
     QStringList expected;
@@ -236,13 +226,8 @@ TEST_F(Form, EveryTextIsTranslatedAndTheFormIsRelabelledWhenATranslatorComesOrGo
         expected << QStringLiteral("de:") + text;
     }
     EXPECT_EQ(textsOf(form.get()), expected);
-    {
-        TestForm later;
-        EXPECT_EQ(textsOf(&later), expected);
-    }
-
+    EXPECT_EQ(textsOf(std::make_unique<TestForm>().get()), expected);
     QCoreApplication::removeTranslator(&german);
-    QCoreApplication::removeTranslator(&other);
     QApplication::processEvents();
     EXPECT_EQ(textsOf(form.get()), english);
 }
@@ -287,4 +272,137 @@ TEST_F(Form, TabMovesThroughTheControlsInTheFormsOrder)
         }
         EXPECT_EQ(w, to);
     }
+}
+
+namespace {
+
+bool setLinks(OXMObject* object, OXMenum id, const std::vector<OXMObject*>& objects)
+{
+    return object->setArray(id, std::vector<OXMObjectLink>(objects.begin(), objects.end()));
+}
+
+// Counts the change messages per sending object.
+class CountingListener : public OXMIOC
+{
+public:
+    void iocCallback(Message& message) override
+    {
+        counts[message.getInitialSender()] += message.getType() == OXM::PropertyChanged;
+    }
+    std::map<OXMObject*, int> counts;
+};
+
+} // namespace
+
+// Each row is found again by its display name and by its renderer and shading, and names a
+// renderer the host can create; what no row holds is found nowhere. With two rows translated
+// to one name, the first of them answers, in the lookups and in the combo box.
+TEST(RenderMethodTable, EveryRowIsFoundByItsNameAndByItsRendererAndShading)
+{
+    const OXWRenderMethodTable table;
+    QComboBox box;
+    for (int row = 0; row < OXWRenderMethodTable::RowCount; ++row) {
+        SCOPED_TRACE(row);
+        const QString name = table.displayName(row);
+        EXPECT_EQ(table.classNameFor(name), table.className(row));
+        EXPECT_EQ(table.shadingModelFor(name), table.shadingModel(row));
+        EXPECT_EQ(table.displayNameFor(table.className(row), table.shadingModel(row)), name);
+        OXMObjectRefPtr plugin(table.className(row).toLatin1().constData());
+        ASSERT_NE(plugin.get(), nullptr);
+        table.fillComboBox(&box, name);
+        EXPECT_EQ(box.count(), int(OXWRenderMethodTable::RowCount));
+        EXPECT_EQ(box.currentIndex(), row);
+        EXPECT_EQ(box.itemText(row), name);
+    }
+    for (int row : {-1, int(OXWRenderMethodTable::RowCount)}) {
+        EXPECT_TRUE(table.displayName(row).isNull() && table.className(row).isNull());
+        EXPECT_EQ(table.shadingModel(row), OXM::Unknown);
+    }
+    for (const QString& name : {QStringLiteral("x-ray"), QString()}) {
+        EXPECT_TRUE(table.classNameFor(name).isEmpty());
+        EXPECT_EQ(table.shadingModelFor(name), OXM::Unknown);
+        table.fillComboBox(&box, name);
+        EXPECT_EQ(box.currentIndex(), -1);
+    }
+    EXPECT_TRUE(table.displayNameFor(QStringLiteral("OXMOxm2RenderPlugin"), OXM::Phong).isNull());
+    table.fillComboBox(nullptr, QStringLiteral("X-Ray"));
+
+    // Rows 1 (volume renderer, Phong) and 4 (X-Ray) translated to one name: row 1 answers.
+    Translator same("OXWRenderMethodTable", [](const QString& s) {
+        return s == "Volume renderer (Phong)" || s == "X-Ray" ? QStringLiteral("Same") : "tr:" + s;
+    });
+    QCoreApplication::installTranslator(&same);
+    const OXWRenderMethodTable translated;
+    QCoreApplication::removeTranslator(&same);
+    EXPECT_EQ(translated.displayName(0), QStringLiteral("tr:Isosurface renderer"));
+    EXPECT_EQ(translated.displayName(4), QStringLiteral("Same"));
+    EXPECT_EQ(translated.classNameFor("Same"), translated.className(1));
+    EXPECT_EQ(translated.shadingModelFor("Same"), OXM::Phong);
+    translated.fillComboBox(&box, QStringLiteral("Same"));
+    EXPECT_EQ(box.currentIndex(), 1);
+}
+
+// The four pointers report to the table's listener, which can change; clear() lets go of the
+// objects and keeps the listener.
+TEST(RenderMethodTable, ItsPointersReportToOneListenerUntilCleared)
+{
+    OXWRenderMethodTable table;
+    OXMObjectIOCPtr* pointers[] = {&table.mVolume, &table.mROI, &table.mRenderPlugin,
+                                   &table.mRenderSettings};
+    std::vector<OXMObjectPtr> objects;
+    CountingListener first;
+    CountingListener second;
+    table.setListener(&first);
+    for (OXMObjectIOCPtr* p : pointers) {
+        objects.emplace_back(new OXMRaytracingVolumeRenderPlugin);
+        *p = objects.back().get();
+    }
+    const auto touch = [&objects](float value) {
+        for (OXMObjectPtr& o : objects) {
+            ASSERT_TRUE(o->setValue(OXM::SamplingDistance, value));
+        }
+    };
+    touch(2.0f);
+    table.setListener(&second);
+    touch(3.0f);
+    table.clear();
+    touch(4.0f);
+    for (std::size_t i = 0; i < objects.size(); ++i) {
+        EXPECT_EQ(first.counts[objects[i].get()], 1) << i;
+        EXPECT_EQ(second.counts[objects[i].get()], 1) << i;
+        EXPECT_EQ(objects[i]->getListenerCount(), 0) << i;
+        EXPECT_EQ(pointers[i]->get(), nullptr) << i;
+    }
+    table.mRenderPlugin = objects[2].get();
+    touch(5.0f);
+    EXPECT_EQ(second.counts[objects[2].get()], 2);
+    table.clear(); // the listeners go before the objects
+}
+
+// The render settings are the first ones in the engine list of the scene's first camera.
+TEST(RenderMethodTable, TheRenderSettingsAreTheFirstOfTheFirstCamerasEngineList)
+{
+    ASSERT_EQ(OXMSingleton<OXWApplication>::getInstance(), nullptr);
+    EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), nullptr);
+    OXWApplication app;
+    OXMObjectPtr notAScene(new OXMRenderPlugin);
+    ASSERT_TRUE(app.setValue(OXM::Scene, OXMObjectLink(notAScene.get())));
+    EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), nullptr);
+
+    auto* scene = new OXMScene;
+    OXMObjectPtr holdScene(scene);
+    ASSERT_TRUE(app.setValue(OXM::Scene, OXMObjectLink(scene)));
+    OXMCamera* camera = scene->getCamera(0);
+    ASSERT_NE(camera->getRenderSettings(), nullptr);
+    EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), camera->getRenderSettings());
+    auto* first = new OXMOxm2RenderSettings;
+    ASSERT_TRUE(setLinks(camera, OXM::RaytracingEngineList,
+                         {new OXMRenderPlugin, first, new OXMOxm2RenderSettings}));
+    EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), first);
+
+    // Only the first camera counts.
+    auto* bare = new OXMCamera;
+    ASSERT_TRUE(setLinks(bare, OXM::RaytracingEngineList, {}));
+    ASSERT_TRUE(setLinks(scene, OXMSceneNames::sceneCameraList(), {bare, new OXMCamera}));
+    EXPECT_EQ(OXWRenderMethodTable::findRenderSettings(), nullptr);
 }

@@ -1,17 +1,11 @@
 #pragma once
 
-// The classification tool panel in the viewer's setting, for its integration tests: the
-// application (selection lists, undo stack), the viewer's sample scene with a small volume of
-// our own added to it, the classification preset handler (its user presets in a folder of the
-// test's own) and the panel built the way the plug-in builds it, bound to that volume through
-// the application's selection.
-//
-// The test volume holds the grey values 10 .. 25, two voxels each, so its histogram has 16
-// bins and the panel's model 16 cells of width 1/16; its material carries the host's default
-// classification (one interval "Interval 1", an opacity ramp, white colours).
-//
-// Teardown: the panel goes first (it listens to the host objects and holds them), then the
-// preset handler, then the application, which takes the scene and every volume with it.
+// The classification tool panel in the viewer's setting: the application, the viewer's sample
+// scene with a small volume of our own (grey values 10 .. 25, two voxels each: 16 bins, 16
+// model cells of width 1/16, the host's default classification), the preset handler (user
+// presets in the test's own folder) and the panel bound to that volume through the selection.
+// Teardown: the panel first (it listens to the host objects), then the handler, then the
+// application with the scene and every volume.
 
 #include <OXWClassificationToolGUI.h>
 #include <OXWLUTColorBar.h>
@@ -28,7 +22,6 @@
 #include <OXMSampleMaterial.h>
 #include <OXMSampleTransferSpec.h>
 #include <OXMScene.h>
-#include <OXMTaskInfo.h>
 #include <OXMTulvoRights.h>
 #include <OXMVolumeRenderObject.h>
 #include <OXWApplication.h>
@@ -53,19 +46,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
-#include <ostream>
 #include <vector>
-
-// Readable GoogleTest output for the values the tests compare.
-inline void PrintTo(const QString& s, std::ostream* os)
-{
-    *os << '"' << s.toStdString() << '"';
-}
-template <typename T>
-void PrintTo(const OXMVector2<T>& v, std::ostream* os)
-{
-    *os << "(" << v.x << ", " << v.y << ")";
-}
 
 namespace paneltest {
 
@@ -92,7 +73,6 @@ bool setArray(OXMObject* object, OXMenum id, const std::vector<T>& values)
     return a && a->setArray(values);
 }
 
-// The interval names of a material, copied out of the host's storage.
 inline std::vector<QByteArray> intervalNames(const OXMObject* material)
 {
     std::vector<QByteArray> names;
@@ -132,58 +112,6 @@ inline std::vector<std::uint8_t> greyRamp(int first, int last, int copies)
     }
     return samples;
 }
-
-// Records the mouse events that reach a widget (installed so that it runs after the panel).
-class MouseRecorder : public QObject
-{
-public:
-    struct Record
-    {
-        QEvent::Type type;
-        QPoint pos;
-    };
-    std::vector<Record> records;
-
-    int count(QEvent::Type type) const
-    {
-        int n = 0;
-        for (const Record& r : records) {
-            n += r.type == type ? 1 : 0;
-        }
-        return n;
-    }
-
-protected:
-    bool eventFilter(QObject* watched, QEvent* event) override
-    {
-        switch (event->type()) {
-        case QEvent::MouseMove:
-        case QEvent::MouseButtonPress:
-        case QEvent::MouseButtonRelease:
-            records.push_back({event->type(), static_cast<QMouseEvent*>(event)->pos()});
-            break;
-        default:
-            break;
-        }
-        return QObject::eventFilter(watched, event);
-    }
-};
-
-// Installs a progress handler of the host's actions for its lifetime.
-class ProgressHandlerScope
-{
-public:
-    explicit ProgressHandlerScope(OXMTaskInfo::ProgressHandler handler)
-        : mPrevious(OXMTaskInfo::setProgressHandler(std::move(handler)))
-    {
-    }
-    ~ProgressHandlerScope() { OXMTaskInfo::setProgressHandler(std::move(mPrevious)); }
-    ProgressHandlerScope(const ProgressHandlerScope&) = delete;
-    ProgressHandlerScope& operator=(const ProgressHandlerScope&) = delete;
-
-private:
-    OXMTaskInfo::ProgressHandler mPrevious;
-};
 
 class PanelFixture : public ::testing::Test
 {
