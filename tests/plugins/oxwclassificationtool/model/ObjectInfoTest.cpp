@@ -212,23 +212,10 @@ TEST(IntervalEditingSplit, SplitIsAtTheNearestBoundaryInsideTheIntervalAtTheCurs
     }
 }
 
-TEST(IntervalEditingSplit, NewPartIsEnabledAndDefaultNamedOnTheChosenSide)
+TEST(IntervalEditingSplit, TheTwoPartsTogetherShowTheEarlierCurveAndTheNewOneIsEnabledAndNamed)
 {
-    for (bool atLeft : {true, false}) {
-        auto object = makeObject(256);
-        object->interval(0)->setName(QStringLiteral("Bone"));
-        object->interval(0)->setEnabled(false);
-        ASSERT_TRUE(object->newInterval(0.3f, atLeft));
-        EXPECT_EQ(namesOf(*object),
-                  atLeft ? Names({"Interval 1", "Bone"}) : Names({"Bone", "Interval 2"}));
-        EXPECT_EQ(object->interval(0)->isEnabled(), atLeft);
-        EXPECT_EQ(object->interval(1)->isEnabled(), !atLeft);
-    }
-}
-
-TEST(IntervalEditingSplit, TheTwoPartsTogetherShowTheEarlierCurve)
-{
-    // Inside segments, on handles (cells 51, 115, 179), next to them, and at both ends.
+    // Inside segments, on handles (cells 51, 115, 179), next to them, and at both ends. The
+    // split interval keeps its name and flag; the new part is enabled and default named.
     const std::pair<double, bool> splits[] = {{84.48, false}, {84.48, true},  {115.5, false},
                                               {115.5, true},  {115.0, false}, {116.0, true},
                                               {51.0, false},  {52.0, true},   {0.2, true},
@@ -236,13 +223,20 @@ TEST(IntervalEditingSplit, TheTwoPartsTogetherShowTheEarlierCurve)
     for (const auto& [cell, atLeft] : splits) {
         auto object = makeObject(256);
         OXWLUTIntervalInfo& interval = *object->interval(0);
+        interval.setName(QStringLiteral("Bone"));
+        interval.setEnabled(false);
         ASSERT_TRUE(
             interval.setReferenceHandles(kOpacity, handlesOf("0:.1 .2:.9 .45:.3 .7:.8 1:.2")));
         ASSERT_TRUE(interval.setReferenceHandles(kRed, handlesOf("0:0 .5:200 1:40")));
         ASSERT_TRUE(interval.setReferenceHandles(kGreen, handlesOf("0:255.5 .3:0 1:100")));
         const std::vector<HandleList> before = curvesOf(interval, Curves::Global);
         ASSERT_TRUE(object->newInterval(at(256, cell), atLeft));
-        EXPECT_EQ(splitViolation(before, *object, 0), "") << cell << (atLeft ? " left" : " right");
+        SCOPED_TRACE(testing::Message() << cell << (atLeft ? " left" : " right"));
+        EXPECT_EQ(splitViolation(before, *object, 0), "");
+        EXPECT_EQ(namesOf(*object),
+                  atLeft ? Names({"Interval 1", "Bone"}) : Names({"Bone", "Interval 2"}));
+        EXPECT_EQ(object->interval(0)->isEnabled(), atLeft);
+        EXPECT_EQ(object->interval(1)->isEnabled(), !atLeft);
     }
 }
 
