@@ -275,6 +275,12 @@ TEST_F(ColorBarTest, ColumnsShowTheCurvesAtTheirCells)
     }
     EXPECT_NEAR(bar->positionFromColumn(0), 0.5f, 1e-6f);
     EXPECT_EQ(bar->columnFromPosition(0.75f), 128);
+    // The current interval's colour is shown at once; every widget of the bar has a name.
+    bar->hit(50);
+    bar->setCurrentIntervalColor(OXMRGB8(10, 20, 30));
+    EXPECT_EQ(bar->pixel(50, 2), QColor(10, 20, 30));
+    for (const QWidget* child : bar->findChildren<QWidget*>())
+        EXPECT_FALSE(child->objectName().isEmpty()) << child->metaObject()->className();
 }
 
 TEST_F(ColorBarTest, ASingleHandleColoursTheWholeInterval)
@@ -290,15 +296,6 @@ TEST_F(ColorBarTest, ASingleHandleColoursTheWholeInterval)
         EXPECT_EQ(bar->shown(c), QColor(10, 20, 30)) << c;
     }
     bar->setModel(nullptr);
-}
-
-TEST_F(ColorBarTest, TheCurrentIntervalsColourIsShownAtOnceAndItsChildrenAreNamed)
-{
-    bar->hit(50);
-    bar->setCurrentIntervalColor(OXMRGB8(10, 20, 30));
-    EXPECT_EQ(bar->pixel(50, 2), QColor(10, 20, 30));
-    for (const QWidget* child : bar->findChildren<QWidget*>())
-        EXPECT_FALSE(child->objectName().isEmpty()) << child->metaObject()->className();
 }
 
 // Handle marks (3 x 5 pixels at rows height - 8 .. height - 4) are grey 51 on light colours

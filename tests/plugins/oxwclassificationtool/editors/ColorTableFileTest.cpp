@@ -483,14 +483,8 @@ TEST(ColorTableImport, FailuresLeaveTheIntervalAsItWas)
     OXWLUTIntervalInfo& interval = *object->interval(0);
     shapeColours(interval);
     const OXWLUTIntervalInfo before(interval);
-    const std::pair<QByteArray, Format> contents[] = {
-        {ramp768().left(767), Format::Palette},
-        {"; Color look up table\n\n; nothing\n0.5 1 2\n", Format::Text},
-        {"0.1 nan 1 1\n0.2 1 inf 1\n0.3 1 1 1e99999\n", Format::Text}};
-    for (const auto& [bytes, format] : contents) {
-        EXPECT_FALSE(
-            File::importIntoInterval(interval, files.write("f", bytes), format, 1.0f / 256));
-    }
+    EXPECT_FALSE(File::importIntoInterval(interval, files.write("f.act", ramp768().left(767)),
+                                          Format::Palette, 1.0f / 256));
     Table uneven = makeTable({{0, 1, 2, 3}, {1, 4, 5, 6}});
     uneven.blue.pop_back();
     EXPECT_FALSE(File::importTable(interval, uneven, 0.01f));

@@ -537,8 +537,7 @@ TEST(WorkAreaRender, HistogramBarsAndDisabledIntervals)
 TEST(WorkAreaRender, BordersAndAxisTitles)
 {
     WorkAreaFixture f;
-    ASSERT_TRUE(f.model->newInterval(0.5f, false));
-    f.workArea->updateAll();
+    splitInHalves(f);
     const QImage image = f.image();
     EXPECT_EQ(boxOf(image, qRgb(0, 0, 255), QRect(0, 20, 1, 75)), QRect(0, 20, 1, 75));
     EXPECT_EQ(boxOf(image, qRgb(0, 0, 255), QRect(1, 20, 159, 75)), QRect(80, 20, 1, 75));
@@ -656,8 +655,7 @@ TEST(WorkAreaRender, LabelsWhileHoveringAndDragging)
             f.setOpacityCurve(0, curve);
         }
         if (split) {
-            ASSERT_TRUE(f.model->newInterval(0.5f, false));
-            f.workArea->updateAll();
+            splitInHalves(f);
         }
         EXPECT_TRUE(boxWhere(f.image(), ink).isNull()) << what;
         if (!pressAt.isNull()) {
