@@ -294,6 +294,7 @@ TEST(WorkAreaDrag, Zoom)
     const std::tuple<const char*, float, float> items[] = {
         {"Zoom in", 0.5f, 2.0f}, {"Zoom reset", 1.0f, 1.0f}, {"Zoom in", 0.5f, 2.0f}};
     for (const auto& [item, to, factor] : items) {
+        ASSERT_NE(f.item(QString::fromLatin1(item)), nullptr) << item;
         f.item(QString::fromLatin1(item))->trigger();
         EXPECT_FLOAT_EQ(f.model->visibleOpacityTo(), to) << item;
         EXPECT_FLOAT_EQ(f.model->verticalZoom(), factor) << item;
