@@ -277,20 +277,7 @@ TEST_F(IntervalInfo, UncommittedInsertionsEndLikeCommittedOnes)
     EXPECT_EQ(batch.referenceHandles(kRed), interval.referenceHandles(kRed));
 }
 
-TEST_F(IntervalInfo, HasHandleAtFindsExactPositionsOnly)
-{
-    ASSERT_TRUE(interval.insertHandle(kGreen, c256(100.5), 10.0f));
-    EXPECT_FALSE(interval.hasHandleAt(kGreen, c256(100.6)));
-    EXPECT_FALSE(interval.hasHandleAt(kBlue, c256(100.5)));
-    // The same answer as a search with no horizontal tolerance and any value.
-    for (double cell : {0.5, 99.5, 100.5, 101.5, 255.5, 100.5, 0.5}) {
-        const bool found = interval.findHandle(kGreen, c256(cell), 5e-7f, 0.0f, 1000.0f) >= 0;
-        EXPECT_EQ(interval.hasHandleAt(kGreen, c256(cell)), found) << cell;
-        EXPECT_EQ(found, cell != 99.5 && cell != 101.5) << cell;
-    }
-}
-
-TEST_F(IntervalInfo, FindHandleIsTheNearestWithinBothRadii)
+TEST_F(IntervalInfo, FindHandleIsTheNearestWithinBothRadiiAndHasHandleAtTheExactOne)
 {
     shapeOpacity("0:0 64:.5 66:.5 255:1");
     // channel, x (in cells, clamped into the axis), y, rx, ry, the handle found
@@ -309,6 +296,13 @@ TEST_F(IntervalInfo, FindHandleIsTheNearestWithinBothRadii)
         EXPECT_EQ(interval.findHandle(channel, c256(cell), y, rx, ry), found)
             << channel << " at cell " << cell << ", " << y << " within " << rx << ", " << ry;
     }
+    // hasHandleAt finds exact positions only: a search with no horizontal tolerance, any value.
+    for (double cell : {0.5, 64.5, 64.6, 65.5, 66.5, 255.5}) {
+        const bool found = interval.findHandle(kOpacity, c256(cell), 5e-7f, 0.0f, 1000.0f) >= 0;
+        EXPECT_EQ(interval.hasHandleAt(kOpacity, c256(cell)), found) << cell;
+        EXPECT_EQ(found, cell != 64.6 && cell != 65.5) << cell;
+    }
+    EXPECT_FALSE(interval.hasHandleAt(kRed, c256(64.5)));
     // The radius is converted to local units: twice the global ones on half the axis.
     ASSERT_TRUE(interval.setBorders(0.0f, 0.5f));
     EXPECT_EQ(interval.findHandle(kOpacity, c256(0.5) + 0.003f, 0.0f, 0.004f, 0.1f), 0);
@@ -369,7 +363,7 @@ TEST_F(IntervalInfo, MovableHandlesAndSegmentsNeedRoomAndLevelSegmentsLessThanOn
     }
 }
 
-TEST_F(IntervalInfo, ResetRestoresTheDefaultCurveReportsChangeAndCommitsAllChannels)
+TEST_F(IntervalInfo, ResetAndColourRestoreDefaultCurvesAndCommitAllChannels)
 {
     EXPECT_FALSE(interval.resetChannel(kOpacity));
     ASSERT_TRUE(interval.setBorders(0.25f, 0.5f)); // cells 64 .. 127
@@ -386,6 +380,16 @@ TEST_F(IntervalInfo, ResetRestoresTheDefaultCurveReportsChangeAndCommitsAllChann
               "64:0 127:1 64:255.5 127:255.5");
     EXPECT_EQ(curvesOf(interval, Curves::Reference), curvesOf(interval, Curves::Fitted));
     EXPECT_EQ(interval.handles(kRed), movedRed);
+    // A colour gives two committed handles per colour channel and leaves the opacity alone.
+    ASSERT_TRUE(interval.insertHandle(kRed, 0.3f, 7.0f));
+    ASSERT_TRUE(interval.insertHandle(kOpacity, 0.3f, 0.5f));
+    ASSERT_TRUE(interval.moveSegment(kBlue, 0, 0.3f, 25.0f));
+    const std::string opacity = cellCurve(interval, kOpacity);
+    EXPECT_TRUE(interval.setColour(OXMRGB8(10, 20, 30)));
+    EXPECT_EQ(cellCurve(interval, kRed) + " " + cellCurve(interval, kGreen) + " " +
+                  cellCurve(interval, kBlue) + " " + cellCurve(interval, kOpacity),
+              "64:10 127:10 64:20 127:20 64:30 127:30 " + opacity);
+    EXPECT_EQ(curvesOf(interval, Curves::Reference), curvesOf(interval, Curves::Fitted));
 }
 
 TEST_F(IntervalInfo, ShortReferenceListsStartFromTheLastFirstValue)
@@ -407,17 +411,4 @@ TEST_F(IntervalInfo, ShortReferenceListsStartFromTheLastFirstValue)
     ASSERT_TRUE(interval.resetChannel(kOpacity));
     ASSERT_TRUE(interval.setReferenceHandles(kOpacity, handlesOf(".5:.8")));
     EXPECT_EQ(cellCurve(interval, kOpacity), "0:0 255:0.8");
-}
-
-TEST_F(IntervalInfo, SetColourGivesTwoCommittedHandlesPerColourChannel)
-{
-    ASSERT_TRUE(interval.setBorders(0.25f, 0.5f));
-    ASSERT_TRUE(interval.insertHandle(kRed, 0.3f, 7.0f));
-    ASSERT_TRUE(interval.insertHandle(kOpacity, 0.3f, 0.5f));
-    const std::string opacity = cellCurve(interval, kOpacity);
-    EXPECT_TRUE(interval.setColour(OXMRGB8(10, 20, 30)));
-    EXPECT_EQ(cellCurve(interval, kRed) + " " + cellCurve(interval, kGreen) + " " +
-                  cellCurve(interval, kBlue) + " " + cellCurve(interval, kOpacity),
-              "64:10 127:10 64:20 127:20 64:30 127:30 " + opacity);
-    EXPECT_EQ(curvesOf(interval, Curves::Reference), curvesOf(interval, Curves::Fitted));
 }

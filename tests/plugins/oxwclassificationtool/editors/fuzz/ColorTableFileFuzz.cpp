@@ -26,6 +26,9 @@ void require(bool condition)
     }
 }
 
+// A table read is complete and finite; what the import hands to the model (the reference
+// handles) is ordered, inside the interval and on the colour scale; what the model fits from
+// it is finite and on the colour scale.
 void checkTable(const File::Table& table, bool read)
 {
     require(read == !table.isEmpty());
@@ -37,61 +40,48 @@ void checkTable(const File::Table& table, bool read)
     }
 }
 
-// What the import hands to the model (the reference handles) is ordered, inside the interval
-// and on the colour scale; what the model fits from it is finite and on the colour scale.
 void checkInterval(const OXWLUTIntervalInfo& interval)
 {
     for (int channel = OXWLUTIntervalInfo::RedChannel; channel <= OXWLUTIntervalInfo::BlueChannel;
          ++channel) {
-        const OXWLUTIntervalInfo::HandleList& reference = interval.referenceHandles(channel);
-        require(!reference.empty());
+        const File::HandleList& reference = interval.referenceHandles(channel);
+        require(!reference.empty() && !interval.handles(channel).empty());
         for (size_t k = 0; k < reference.size(); ++k) {
             require(reference[k].x >= 0.0f && reference[k].x <= 1.0f);
             require(reference[k].y >= 0.0f && reference[k].y <= File::MaxValue);
             require(k == 0 || reference[k - 1].x <= reference[k].x);
         }
-        const OXWLUTIntervalInfo::HandleList& fitted = interval.handles(channel);
-        require(!fitted.empty()); // a one-cell interval keeps a single handle
-        for (const OXWLUTIntervalInfo::Handle& h : fitted) {
-            require(std::isfinite(h.x));
-            require(h.y >= 0.0f && h.y <= File::MaxValue);
+        for (const File::Handle& h : interval.handles(channel)) {
+            require(std::isfinite(h.x) && h.y >= 0.0f && h.y <= File::MaxValue);
         }
     }
 }
 
-bool readBack(const QByteArray& contents, File::Format format, File::Table& table)
+bool readFrom(QByteArray contents, File::Format format, File::Table& table)
 {
-    QByteArray copy = contents;
-    QBuffer buffer(&copy);
+    QBuffer buffer(&contents);
     buffer.open(QIODevice::ReadOnly);
     return File::read(buffer, format, table);
 }
 
 void fuzzFormat(const QByteArray& bytes, File::Format format, size_t size)
 {
-    QByteArray data = bytes;
-    QBuffer buffer(&data);
-    buffer.open(QIODevice::ReadOnly);
     File::Table table;
-    const bool read = File::read(buffer, format, table);
+    const bool read = readFrom(bytes, format, table);
     checkTable(table, read);
     if (!read) {
         return;
     }
-
     // An axis of 2 to 301 cells, split once, and a bar of 50 to 849 columns: the import
     // meets wide and narrow intervals and columns wider and narrower than a cell.
     const int cells = 2 + int(size % 300);
     OXWLUTObjectInfo object(-0.5f, float(cells) - 0.5f, 0.0f, 1.0f, float(cells), 0.0f, 0.0f);
     object.newInterval(float((size / 7) % 97) / 97.0f, false);
-    OXWLUTIntervalInfo* interval = object.interval(int(size % 2) % object.intervalCount());
-    require(interval != nullptr);
-    const float columns = float(50 + size % 800);
-    const float p = File::columnWidth(*interval, 0.0f, 1.0f / columns);
-    File::importTable(*interval, table, p);
-    checkInterval(*interval);
-
-    const File::Table fitted = File::tableOf(*interval);
+    OXWLUTIntervalInfo& interval = *object.interval(int(size % 2) % object.intervalCount());
+    File::importTable(interval, table,
+                      File::columnWidth(interval, 0.0f, 1.0f / float(50 + size % 800)));
+    checkInterval(interval);
+    const File::Table fitted = File::tableOf(interval);
     if (!File::isWritable(fitted)) {
         return; // the channels were fitted to different counts: the bar refuses them too
     }
@@ -101,7 +91,7 @@ void fuzzFormat(const QByteArray& bytes, File::Format format, size_t size)
         sink.open(QIODevice::WriteOnly);
         require(File::write(sink, fitted, out));
         File::Table again;
-        require(readBack(contents, out, again));
+        require(readFrom(contents, out, again));
         require(again.red.size() ==
                 (out == File::Format::Palette ? size_t(File::PaletteEntries) : fitted.red.size()));
     }
