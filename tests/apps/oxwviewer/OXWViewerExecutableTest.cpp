@@ -1,6 +1,4 @@
-#include <QDir>
 #include <QFile>
-#include <QFileInfo>
 #include <QImage>
 #include <QProcess>
 #include <QProcessEnvironment>
@@ -40,41 +38,6 @@ RunResult runViewer(const QStringList& arguments, const QProcessEnvironment& ext
 }
 
 } // namespace
-
-// The plug-ins of an extra folder are started once the window exists and stopped; a library
-// without entry point there is reported naming the file, and the viewer runs on. With
-// --no-plugins nothing is loaded, not even from the path variable.
-TEST(OXWViewerExecutable, StartsAndStopsThePluginsOfAnExtraFolderUnlessTold)
-{
-    QTemporaryDir plugins, out;
-    for (const QString& library :
-         {QStringLiteral(OXW_TEST_RECORDING_PLUGIN), QStringLiteral(OXW_TEST_NOT_A_PLUGIN)})
-        ASSERT_TRUE(QFile::copy(library, plugins.filePath(QFileInfo(library).fileName())));
-    const QString log = out.filePath(QStringLiteral("calls.log"));
-    QProcessEnvironment env;
-    env.insert(QStringLiteral("OXW_TEST_PLUGIN_LOG"), log);
-    const QStringList arguments = {"--plugin-dir", plugins.path(), "--screenshot",
-                                   out.filePath("shot.png")};
-    RunResult r = runViewer(arguments, env);
-    ASSERT_TRUE(r.finished) << r.output.toStdString();
-    EXPECT_EQ(r.exitCode, 0) << r.output.toStdString();
-    EXPECT_TRUE(r.output.contains(QFileInfo(OXW_TEST_NOT_A_PLUGIN).fileName()))
-        << r.output.toStdString();
-    QFile f(log);
-    ASSERT_TRUE(f.open(QIODevice::ReadOnly));
-    EXPECT_EQ(
-        QString::fromUtf8(f.readAll()).split('\n', Qt::SkipEmptyParts),
-        QStringList({"oxwtestrecording getinfo window=1", "oxwtestrecording initialize window=1",
-                     "oxwtestrecording terminate window=1"}));
-    f.close();
-    ASSERT_TRUE(f.remove());
-
-    env.insert(QStringLiteral("OXW_PLUGIN_PATH"), plugins.path());
-    r = runViewer(QStringList{"--no-plugins"} + arguments, env);
-    ASSERT_TRUE(r.finished) << r.output.toStdString();
-    EXPECT_EQ(r.exitCode, 0) << r.output.toStdString();
-    EXPECT_FALSE(QFileInfo::exists(log));
-}
 
 // The command line: help and preset listings without a display; bad values exit 2
 // with a message; a file is opened before the screenshot, one that cannot be opened exits 1

@@ -78,47 +78,6 @@ TEST_F(OXWFileDialogTest, AnswersAreTakenInOrderAndASaveNameGetsTheFiltersSuffix
     EXPECT_EQ(r.objectName, QStringLiteral("saveDialog"));
 }
 
-// Per identity, in the settings file (so a later run finds it); a remembered directory that
-// no longer exists is ignored.
-TEST_F(OXWFileDialogTest, TheLastDirectoryIsRememberedPerIdentityInTheSettings)
-{
-    const QString start = files.path();
-    const auto startOf = [&](OXMenum identity, const QString& answer) {
-        OXWFileDialog::queueTestAnswer({answer, QString()});
-        OXWFileDialog::getSaveFileName(identity, start, {CsvFilter});
-        return OXWFileDialog::lastRequest().startDirectory;
-    };
-    EXPECT_EQ(startOf(OXM::Scene, path("one/a.csv")), start);
-    EXPECT_EQ(startOf(OXM::Scene, path("one/b.csv")), path("one"));
-    EXPECT_EQ(startOf(OXM::Preset, path("two/c.txt")), start);
-    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Scene), path("one"));
-    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Preset), path("two"));
-    QSettings stored(QSettings::IniFormat, QSettings::UserScope, "oxw", "oxwfiledialogs");
-    EXPECT_TRUE(stored.fileName().startsWith(settingsDir.path()));
-    EXPECT_EQ(stored.value("LastDirectory/OXM_Scene").toString(), path("one"));
-    ASSERT_TRUE(QDir(path("one")).removeRecursively());
-    EXPECT_EQ(startOf(OXM::Scene, QString()), start);
-}
-
-// An open answer without a filter keeps the preselected one; a preselection that is none of
-// the filters gives the first.
-TEST_F(OXWFileDialogTest, OpenAnswersAndThePreselectedFilter)
-{
-    QFile f(path("two/colors.txt"));
-    ASSERT_TRUE(f.open(QIODevice::WriteOnly));
-    f.close();
-    for (const QString& preselected : {TextFilter, QStringLiteral("not one of them")}) {
-        OXWFileDialog::queueTestAnswer({f.fileName(), QString()});
-        QString filter = preselected;
-        EXPECT_EQ(OXWFileDialog::getOpenFileName(OXM::Preset, files.path(), {CsvFilter, TextFilter},
-                                                 nullptr, nullptr, "Import", &filter, true),
-                  f.fileName());
-        EXPECT_EQ(filter, preselected == TextFilter ? TextFilter : CsvFilter);
-        EXPECT_FALSE(OXWFileDialog::lastRequest().save);
-    }
-    EXPECT_EQ(OXWFileDialog::lastDirectory(OXM::Preset), path("two"));
-}
-
 namespace {
 
 QByteArray readAll(const QString& name)

@@ -95,48 +95,6 @@ TEST(OXWPainter, HistogramBarsShowTheReductionOfTheBinsInTheValueRange)
     EXPECT_EQ(bars({25.0f}, 1, 10, {0, 0, 1, 100}, OXWPainter::Average(), 0.5), Heights{5});
 }
 
-TEST(OXWPainter, ManyBinsAveragePerColumnAndTheLineStyleDrawsTheirTops)
-{
-    // 65 536 bins on 256 columns: column c averages the 256 bins c * 256 .. c * 256 + 255,
-    // alternating 0 and 2 * c / 255 * 100, so its average is c / 255 * 100.
-    std::vector<float> bins(65536);
-    for (int i = 0; i < 65536; ++i)
-        bins[std::size_t(i)] = (i % 2) ? 2.0f * float(i / 256) / 255.0f * 100.0f : 0.0f;
-    Result r(bins);
-    const QRect rect(0, 0, 256, 100);
-    const Heights heights = columnHeights(
-        draw(rect.size(), rect, &r, QRectF(0, 0, 65536, 100), OXWPainter::Average()), rect);
-    for (int c = 0; c < 256; ++c)
-        EXPECT_EQ(heights[std::size_t(c)], int(std::lround(c / 255.0 * 100.0))) << c;
-
-    Result flat({5.0f, 5.0f, 5.0f, 5.0f});
-    const QImage line = draw(QSize(4, 10), QRect(0, 0, 4, 10), &flat, QRectF(0, 0, 4, 10),
-                             OXWPainter::Average(), -1.0, OXWPainter::Line());
-    for (int x = 0; x < 4; ++x)
-        EXPECT_EQ(line.pixel(x, 5), qRgb(0, 0, 0)) << x;
-    EXPECT_EQ(line.pixel(0, 9), qRgb(255, 255, 255));
-}
-
-TEST(OXWPainter, RefusesMissingDataAndUnknownModes)
-{
-    QImage image(4, 4, QImage::Format_RGB32);
-    image.fill(Qt::white);
-    OXWPainter p(&image);
-    p.setBrush(Qt::black);
-    OXMObject empty;
-    Result r({1.0f});
-    const OXMenum average = OXWPainter::Average(), bar = OXWPainter::Bar();
-    const QRectF range(0, 0, 1, 1);
-    EXPECT_FALSE(p.drawHistogram(image.rect(), nullptr, range, -1.0, average, bar));
-    EXPECT_FALSE(p.drawHistogram(image.rect(), &empty, range, -1.0, average, bar));
-    EXPECT_FALSE(p.drawHistogram(image.rect(), &r, range, -1.0, OXM::Opacity, bar));
-    EXPECT_FALSE(p.drawHistogram(image.rect(), &r, range, -1.0, average, OXM::Opacity));
-    // Empty ranges draw nothing but are fine.
-    EXPECT_TRUE(p.drawHistogram(image.rect(), &r, QRectF(), -1.0, average, bar));
-    p.end();
-    EXPECT_EQ(columnHeights(image, image.rect()), Heights(4, 0));
-}
-
 // Dense curves and handle marks, as an editor of many handles draws them: the merged drawing
 // must give the same pixels as drawing every segment and every mark.
 using OXWPainterMerged = ::testing::TestWithParam<int>;

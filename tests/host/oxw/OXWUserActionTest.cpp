@@ -24,9 +24,7 @@
 #include <OXMVolumeRenderObject.h>
 #include <OXMVolumeTransform.h>
 
-#include <QDir>
 #include <QSignalSpy>
-#include <QStandardPaths>
 
 #include <gtest/gtest.h>
 
@@ -468,29 +466,6 @@ TEST_F(OXWUserAction, TheCleanStateFollowsUndoAndRedoBackToTheSavedStep)
     EXPECT_FALSE(stack.isClean()) << "the saved step was replaced by another";
 }
 
-TEST(OXWApplicationStatic, ParsePathExpandsTheDocumentsFolder)
-{
-    const QString docs = QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation);
-    ASSERT_TRUE(QDir().mkpath(docs));
-    EXPECT_EQ(OXWApplication::parsePath("${USER_DOCUMENTS}/presets"), docs + "/presets");
-    // Without a documents folder the home folder, never a path that is not there (the tests'
-    // home is a temporary folder of their own).
-    ASSERT_TRUE(docs.startsWith(QDir::tempPath())) << docs.toStdString();
-    ASSERT_TRUE(QDir(docs).removeRecursively());
-    EXPECT_EQ(OXWApplication::parsePath("${USER_DOCUMENTS}"), QDir::homePath());
-    for (const char* kept : {"/tmp/${OTHER}/x", "", "plain"})
-        EXPECT_EQ(OXWApplication::parsePath(kept), QString(kept));
-}
-
-// Icons are found by name in the host's own set only.
-TEST(OXWApplicationStatic, MiniIconsExistForOurNamesOnly)
-{
-    EXPECT_FALSE(OXWApplication::getMiniIconSet("view_zoom_in", "small").isNull());
-    for (const char* name :
-         {"unknown_icon", static_cast<const char*>(nullptr), "../icons/view_zoom_in"})
-        EXPECT_TRUE(OXWApplication::getMiniIconSet(name).isNull());
-}
-
 // The scene manager places new objects and selects them through the application's selection.
 
 namespace {
@@ -525,28 +500,6 @@ protected:
 };
 
 } // namespace
-
-TEST_F(OXWSceneManagerTest, PlacesAtTheTopAndSelectsInTheApplication)
-{
-    ASSERT_EQ(volumePath.getPathDepth(), 2);
-    EXPECT_EQ(volumePath.getLink(0), scene);
-    EXPECT_EQ(volumePath.getLink(-1), volume);
-    EXPECT_NE(volumePath.getAuxLink(-1), nullptr); // the transform
-    EXPECT_EQ(volume->getRefCount(), 1);
-    OXMObjectPath stored;
-    ASSERT_TRUE(volume->getValue(OXM::ScenePath, stored));
-    EXPECT_EQ(stored, volumePath);
-    EXPECT_EQ(selection(app, OXM::RenderObjectSelectionList),
-              std::vector<OXMObjectPath>{volumePath});
-    EXPECT_TRUE(selection(app, OXM::RegionOfInterestSelectionList).empty());
-    // A list property the parent lacks, or an empty link, is refused and changes nothing.
-    OXMObjectLink bad(new OXMVolumeRenderObject);
-    const OXMObjectPtr badHold(bad.getLink());
-    bad.setPropertyID(OXM::Preset);
-    EXPECT_FALSE(manager->addAndSelectObject(bad, volumePath));
-    EXPECT_FALSE(manager->addAndSelectObject(OXMObjectLink(), volumePath));
-    EXPECT_EQ(OXWSceneManager::getSelection(), volumePath);
-}
 
 // Inside a user action the insertion and the selection are one step: its undo takes the new
 // region out and selects the volume again, its redo brings both back.

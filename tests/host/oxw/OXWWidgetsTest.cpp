@@ -2,10 +2,7 @@
 // box, expand cursors, signal blocking.
 
 #include "OXWApplication.h"
-#include "OXWBlockSignalsScope.h"
 #include "OXWColorWidget.h"
-#include "OXWComboBox.h"
-#include "OXWOverrideCursor.h"
 #include "OXWSpinBox.h"
 #include "OXWUndoStack.h"
 
@@ -77,12 +74,6 @@ private:
     OXWColorWidget::ChooseColorHook mPrevious;
 };
 
-bool isBlack(const QImage& image, QPoint p)
-{
-    const QColor c = image.pixelColor(p);
-    return c.alpha() == 255 && c.red() == 0 && c.green() == 0 && c.blue() == 0;
-}
-
 } // namespace
 
 // The up and down buttons, keys, the wheel and typed text committed with Return: one step
@@ -128,22 +119,6 @@ TEST_F(OXWSpinBoxUndoTest, EachUserChangeIsOneUndoStepNamedAfterTheScope)
     QTest::mouseClick(box.upButton(), Qt::LeftButton);
     EXPECT_EQ(actionOpenInSlot, (std::vector<bool>{false, false}));
     EXPECT_EQ(app.undoStack()->count(), 5);
-}
-
-TEST_F(OXWSpinBoxUndoTest, HoldingAnArrowIsOneStep)
-{
-    box.upButton()->setAutoRepeatDelay(5);
-    box.upButton()->setAutoRepeatInterval(5);
-    QTest::mousePress(box.upButton(), Qt::LeftButton);
-    EXPECT_TRUE(app.isUserActionOpen());
-    QTest::qWait(100);
-    QTest::mouseRelease(box.upButton(), Qt::LeftButton);
-    EXPECT_FALSE(app.isUserActionOpen());
-    EXPECT_GE(actionOpenInSlot.size(), 2u);
-    EXPECT_EQ(app.undoStack()->count(), 1);
-    EXPECT_EQ(app.undoStack()->undoName(), QStringLiteral("Set transparency"));
-    ASSERT_TRUE(app.undoStack()->undo());
-    EXPECT_EQ(material.transparency.getValue(), 0.0f);
 }
 
 TEST(OXWSpinBox, ClampsRoundsShowsThePrecisionAndStepsWithoutLineEditing)
@@ -288,57 +263,4 @@ TEST(OXWColorWidget, AClickReportsTheChosenColourAndNothingElseDoes)
     widget.setColor(QColor()); // invalid: ignored
     EXPECT_EQ(reported.size(), 2u);
     EXPECT_EQ(QColor(widget.grab().toImage().pixel(10, 4)), QColor(10, 200, 30));
-}
-
-// An index outside the items appends.
-TEST(OXWComboBox, InsertItemTakesTheIndexLastAndAppendsOutsideTheItems)
-{
-    OXWComboBox combo;
-    for (const auto& [text, index] :
-         {std::pair("b", 0), std::pair("c", -1), std::pair("a", 0), std::pair("z", 99)})
-        combo.insertItem(QString::fromLatin1(text), index);
-    EXPECT_EQ(combo.itemText(0) + combo.itemText(1) + combo.itemText(2) + combo.itemText(3),
-              QStringLiteral("abcz"));
-}
-
-// The expand cursors are bitmaps of their own: a vertical bar through the hot spot and an
-// arrow pointing away from it; other values give the arrow.
-TEST(OXWOverrideCursor, ExpandCursorsShowABarAtTheHotSpotAndAnArrowAwayFromIt)
-{
-    const QPoint hot = OXWOverrideCursor::expandCursorHotSpot();
-    const struct
-    {
-        OXMenum shape;
-        int arrow, clear; // x offsets from the hot spot: a pixel of the arrow, a clear one
-    } cases[] = {{OXM::ExpandLeftCursor, -7, 9}, {OXM::ExpandRightCursor, 8, -8}};
-    for (const auto& c : cases) {
-        const QCursor cursor = OXWOverrideCursor::getCursor(c.shape);
-        EXPECT_EQ(cursor.shape(), Qt::BitmapCursor);
-        EXPECT_EQ(cursor.hotSpot(), hot);
-        const QImage image = cursor.pixmap().toImage().convertToFormat(QImage::Format_ARGB32);
-        ASSERT_EQ(image.size(), QSize(32, 32));
-        for (int dy = -6; dy <= 6; ++dy)
-            EXPECT_TRUE(isBlack(image, hot + QPoint(0, dy))) << dy;
-        EXPECT_EQ(image.pixelColor(0, 0).alpha(), 0);
-        EXPECT_TRUE(isBlack(image, hot + QPoint(c.arrow, 0))) << c.shape;
-        EXPECT_FALSE(isBlack(image, hot + QPoint(c.clear, 0))) << c.shape;
-    }
-    EXPECT_EQ(OXWOverrideCursor::getCursor(OXM::Opacity).shape(), Qt::ArrowCursor);
-    EXPECT_EQ(OXWOverrideCursor::getCursor(OXMenum()).shape(), Qt::ArrowCursor);
-}
-
-// Nested scopes restore what they found; an object destroyed inside the scope is fine.
-TEST(OXWBlockSignalsScope, BlocksForTheScopeAndRestoresThePreviousState)
-{
-    QObject o;
-    {
-        OXWBlockSignalsScope scope(&o);
-        OXWBlockSignalsScope{&o};
-        EXPECT_TRUE(o.signalsBlocked()) << "the inner scope restored \"blocked\"";
-    }
-    EXPECT_FALSE(o.signalsBlocked());
-    OXWBlockSignalsScope none(nullptr);
-    auto* gone = new QObject;
-    OXWBlockSignalsScope scope(gone);
-    delete gone;
 }

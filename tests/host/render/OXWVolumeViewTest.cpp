@@ -4,10 +4,8 @@
 #include "OXWVolumeView.h"
 #include "OXWViewsTestSupport.h"
 #include "OXWVolumePipeline.h"
-#include "OXWVolumePlacement.h"
 
 #include <OXMCamera.h>
-#include <OXMObjectRefPtr.h>
 #include <OXMRegionOfInterest.h>
 #include <OXMScene.h>
 #include <OXMSceneNames.h>
@@ -230,50 +228,6 @@ TEST_F(VolumeView, TheMaterialsColoursShowWhereTheirLightFalls)
     }
 }
 
-// An opaque blue cube around a red ball: composite (unlit) shows the cube's blue face, the
-// maximum projection the red ball behind it.
-TEST_F(VolumeView, MaximumProjectionShowsTheBrightestVoxelBehindOpaqueOnes)
-{
-    show(ballInCube);
-    curve(OXM::Opacity, One);
-    colour({{100.0f, 0.0f}, {200.0f, 1.0f}}, Zero, {{100.0f, 1.0f}, {200.0f, 0.0f}});
-    OXMObject* plugin = volume->getRenderPlugin();
-    unlit();
-    const QRgb composite = frame().pixel(80, 80);
-    EXPECT_GT(qBlue(composite), qRed(composite));
-    ASSERT_TRUE(plugin->setValue(OXMSceneNames::shadingModel(), OXM::Maximum));
-    const QRgb maximum = frame().pixel(80, 80);
-    EXPECT_EQ(view.getStyle().method, OXWRenderStyle::Method::MaximumIntensity);
-    EXPECT_GT(qRed(maximum), 2 * qBlue(maximum));
-}
-
-// A ball whose grey value falls off with the radius: the isosurface of a lower value is a
-// larger sphere.
-TEST_F(VolumeView, TheIsosurfaceFollowsTheIsoValue)
-{
-    show([](double x, double y, double z) {
-        return std::uint16_t(std::max(0.0, 1000.0 - 40.0 * radius(x, y, z)));
-    });
-    OXMObjectRefPtr iso("OXMRaytracing::Isosurface::RenderPlugin");
-    ASSERT_TRUE(iso);
-    iso->prepareRoles();
-    ASSERT_TRUE(volume->setValue(OXM::RenderPlugin, OXMObjectLink(iso.get())));
-    const auto width = [this](float value) {
-        EXPECT_TRUE(setArray<float>(material(), OXM::IsosurfaceValueList, {value}));
-        const QImage image = frame();
-        const QRgb corner = image.pixel(0, image.height() / 2);
-        int n = 0;
-        for (int x = 0; x < image.width(); ++x)
-            n += image.pixel(x, image.height() / 2) != corner ? 1 : 0;
-        return n;
-    };
-    const int small = width(800.0f); // radius 5 voxels
-    const int large = width(600.0f); // radius 10 voxels
-    EXPECT_EQ(view.getStyle().method, OXWRenderStyle::Method::Isosurface);
-    EXPECT_GT(small, 5);
-    EXPECT_NEAR(double(large) / small, 2.0, 0.4);
-}
-
 // Writes in one event-loop turn render once; inside a user action at interactive quality,
 // refined once the action is over. Its undo restores the picture exactly.
 TEST_F(VolumeView, ABurstOfWritesRendersOnceIsRefinedUndoesAndTheCameraIsFollowed)
@@ -307,29 +261,6 @@ TEST_F(VolumeView, ABurstOfWritesRendersOnceIsRefinedUndoesAndTheCameraIsFollowe
         camera->setValue(OXMSceneNames::cameraPosition(),
                          OXMVector3<float>(position.x, position.y, position.z * 2.0f + 100.0f)));
     ASSERT_TRUE(waitFor([&] { return !view.grabImage().isNull() && view.grabImage() != before; }));
-}
-
-// The placement moves the volume: its origin far aside takes it out of the picture; turned a
-// quarter about z, the reset camera shows the same front as without the turn.
-TEST_F(VolumeView, ThePlacementMovesAndTurnsTheVolume)
-{
-    show([](double x, double, double z) { return std::uint16_t(x < 8 && z > 20 ? 200 : 100); });
-    unlit();
-    curve(OXM::Opacity, {{100.0f, 0.05f}, {200.0f, 1.0f}});
-    const QImage front = frame();
-    OXMObject* placement = OXWVolumePlacement::findTransform(volume);
-    ASSERT_NE(placement, nullptr);
-    ASSERT_TRUE(placement->setValue(OXM::Origin, OXMVector3<float>(1000.0f, 0.0f, 0.0f)));
-    EXPECT_EQ(frame(), background());
-    ASSERT_TRUE(placement->setValue(
-        OXM::TransformMatrix, std::vector<float>{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
-    view.resetCamera();
-    const QImage turned = frame();
-    int differing = 0;
-    for (int y = 0; y < front.height(); ++y)
-        for (int x = 0; x < front.width(); ++x)
-            differing += std::abs(qGray(front.pixel(x, y)) - qGray(turned.pixel(x, y))) > 8;
-    EXPECT_LT(differing, 160 * 160 / 100);
 }
 
 // 16-bit data with a slab of one grey value v beside a column of a top value: a spike of the

@@ -7,22 +7,17 @@
 #include "OXWViewsTestSupport.h"
 
 #include <OXMCamera.h>
-#include <OXMError.h>
 #include <OXMHistogramResult.h>
 #include <OXMMetaClass.h>
 #include <OXMOxm2RenderSettings.h>
 #include <OXMRegionOfInterest.h>
-#include <OXMRegisteredEnum.h>
 #include <OXMSampleMaterial.h>
 #include <OXMScene.h>
 #include <OXMSceneNames.h>
-#include <OXMSingleValueOP.h>
-#include <OXMSingleton.h>
 #include <OXMVolumeRenderObject.h>
 #include <OXWApplication.h>
 #include <OXWFileDialog.h>
 #include <OXWModalAnswers.h>
-#include <OXWPreferenceManager.h>
 #include <OXWSceneManager.h>
 #include <OXWUndoStack.h>
 #include <OXWViewerWindow.h>
@@ -79,58 +74,6 @@ TEST(OXWSampleScene, BuildsTwoPhantomsWithCalculatedHistogramsIntoTheScene)
     ASSERT_NE(shown, nullptr);
     EXPECT_EQ(array<OXMObjectLink>(result.scene, OXM::VolumeRenderObjectList).size(), 4u);
     EXPECT_EQ(shown->getSampleGrid()->getDataType().getID(), OXM::UInt16);
-}
-
-// A volume added while the renderer preference is registered gets the chosen renderer; the
-// camera ray tracer's shading goes to the camera.
-TEST(OXWSampleScene, NewVolumesGetTheRendererOfThePreference)
-{
-    const OXMRegisteredEnum classKey("RenderPluginName", false, "oxwclassificationtool");
-    const OXMenum shadingKey = OXMSceneNames::shadingModel();
-    OXMObject preference;
-    preference.setAutoDelete(false);
-    OXMSingleValueOP<const char*> className;
-    OXMSingleValueOP<OXMenum> shading;
-    preference.addProperty(classKey, &className);
-    preference.addProperty(shadingKey, &shading);
-    OXWPreferenceManager manager;
-    OXMSingleton<OXWPreferenceManager>::setInstance(&manager);
-    ASSERT_TRUE(manager.addPreference(
-        OXMRegisteredEnum("Default3DRendererPreferences", false, "oxwclassificationtool"),
-        &preference));
-
-    const struct
-    {
-        const char* className;
-        OXMenum shading;
-        bool applied;
-        bool onCamera;
-    } cases[] = {{"OXMDDTextureDefault3DRendererPlugin", OXMSceneNames::scatterHQ(), true, false},
-                 {"OXMOxm2RenderPlugin", OXMSceneNames::xRay(), true, true},
-                 {"NoSuchRenderer", OXM::Phong, false, false}};
-    for (const auto& c : cases) {
-        className.setValue(c.className);
-        shading.setValue(c.shading);
-        OXWApplication app;
-        OXWSampleScene::Result result;
-        QStringList errors;
-        const int handler =
-            OXMError::addHandler([&errors](const OXMError::Message& m) { errors << m.getText(); });
-        ASSERT_TRUE(OXWSampleScene::build(&app, 8, result));
-        OXMError::removeHandler(handler);
-        const OXMObject* renderer = result.volume16->getRenderPlugin();
-        EXPECT_EQ(std::strcmp(renderer->getMetaClass()->getClassName(), c.className) == 0,
-                  c.applied);
-        EXPECT_EQ(errors.isEmpty(), c.applied) << c.className;
-        const OXMObject* holder =
-            c.onCamera ? result.scene->getCamera()->getRenderSettings() : renderer;
-        OXMenum written;
-        EXPECT_TRUE(!c.applied ||
-                    (holder->getValue(c.onCamera ? OXM::RenderingMode : shadingKey, written) &&
-                     written == c.shading))
-            << c.className;
-    }
-    OXMSingleton<OXWPreferenceManager>::clearInstance(&manager);
 }
 
 namespace {
@@ -219,28 +162,6 @@ TEST_F(SceneTree, ListsTheSceneAndClicksWriteBothSelectionLists)
     EXPECT_EQ(regions().size(), 1u);
     ASSERT_EQ(int(objects.size()), 2);
     EXPECT_EQ(tree.getCurrentObject(), roi);
-    EXPECT_EQ(app.undoStack()->count(), 0);
-}
-
-TEST_F(SceneTree, FollowsNamesNewVolumesAndRemovedObjects)
-{
-    ASSERT_TRUE(tree.selectObject(roi));
-
-    ASSERT_TRUE(roi->setValue<const char*>(OXM::Name, "Insert"));
-    ASSERT_TRUE(waitFor(
-        [&] { return tree.itemForObject(roi) && tree.itemForObject(roi)->text(0) == "Insert"; }));
-    // The selection survives the rebuild.
-    EXPECT_EQ(tree.getSelectedObjects(), (std::vector<OXMObject*>{roi}));
-
-    ASSERT_NE(OXWSampleScene::build(&app, 4), nullptr);
-    ASSERT_TRUE(waitFor([&] { return tree.topLevelItemCount() == 4; }));
-    // The region goes: its item and its selection entry go.
-    objects.clear();
-    ASSERT_TRUE(setArray<OXMObjectLink>(sample.volume16, OXM::RegionOfInterestList, {}));
-    ASSERT_TRUE(waitFor([&] { return tree.topLevelItem(1)->childCount() == 0; }));
-    EXPECT_TRUE(regions().empty());
-    EXPECT_EQ(int(objects.size()), 1);
-    EXPECT_EQ(tree.getCurrentObject(), nullptr);
     EXPECT_EQ(app.undoStack()->count(), 0);
 }
 
