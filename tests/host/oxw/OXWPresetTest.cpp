@@ -361,6 +361,23 @@ TEST_F(Presets, BackgroundWritesAreListedAtOnceAndStoredAllOrNone)
     EXPECT_TRUE(errors[0].contains("\"odd\" can't be stored")) << errors[0].toStdString();
 }
 
+TEST_F(Presets, TheStoreWaitsForItsBackgroundWritesWhenItGoes)
+{
+    std::vector<OXMObjectPtr> records;
+    QStringList names;
+    for (int i = 0; i < 20; ++i) {
+        records.emplace_back(new PresetTestRecord);
+        names << QString::number(i);
+    }
+    {
+        OXWPresetStore store(QStringLiteral("oxwpresettests::PresetTestHandler"));
+        store.setDirectory(folder.filePath("gone"));
+        QString error;
+        ASSERT_TRUE(store.saveInBackground(names, std::move(records), error));
+    }
+    EXPECT_EQ(QDir(folder.filePath("gone")).entryList(QDir::Files).size(), 20);
+}
+
 // --- the preset box ----------------------------------------------------------------------------
 
 namespace {

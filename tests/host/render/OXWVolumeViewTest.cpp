@@ -15,6 +15,7 @@
 
 #include <vtkVolume.h>
 
+#include "OXWVolumePlacement.h"
 #include <gtest/gtest.h>
 
 #include <QSignalSpy>
@@ -261,6 +262,29 @@ TEST_F(VolumeView, ABurstOfWritesRendersOnceIsRefinedUndoesAndTheCameraIsFollowe
         camera->setValue(OXMSceneNames::cameraPosition(),
                          OXMVector3<float>(position.x, position.y, position.z * 2.0f + 100.0f)));
     ASSERT_TRUE(waitFor([&] { return !view.grabImage().isNull() && view.grabImage() != before; }));
+}
+
+// The placement moves the volume: its origin far aside takes it out of the picture; turned a
+// quarter about z, the reset camera shows the same front as without the turn.
+TEST_F(VolumeView, ThePlacementMovesAndTurnsTheVolume)
+{
+    show([](double x, double, double z) { return std::uint16_t(x < 8 && z > 20 ? 200 : 100); });
+    unlit();
+    curve(OXM::Opacity, {{100.0f, 0.05f}, {200.0f, 1.0f}});
+    const QImage front = frame();
+    OXMObject* placement = OXWVolumePlacement::findTransform(volume);
+    ASSERT_NE(placement, nullptr);
+    ASSERT_TRUE(placement->setValue(OXM::Origin, OXMVector3<float>(1000.0f, 0.0f, 0.0f)));
+    EXPECT_EQ(frame(), background());
+    ASSERT_TRUE(placement->setValue(
+        OXM::TransformMatrix, std::vector<float>{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}));
+    view.resetCamera();
+    const QImage turned = frame();
+    int differing = 0;
+    for (int y = 0; y < front.height(); ++y)
+        for (int x = 0; x < front.width(); ++x)
+            differing += std::abs(qGray(front.pixel(x, y)) - qGray(turned.pixel(x, y))) > 8;
+    EXPECT_LT(differing, 160 * 160 / 100);
 }
 
 // 16-bit data with a slab of one grey value v beside a column of a top value: a spike of the
