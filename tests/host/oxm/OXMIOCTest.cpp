@@ -88,6 +88,7 @@ TEST(OXMIOC, MessageLockHoldsAndCoalescesUntilTheOutermostUnlock)
     EXPECT_EQ(l.entries[0].property, OXM::Scale); // order of first occurrence
     EXPECT_EQ(l.entries[1].property, OXM::Bias);
     EXPECT_FALSE(n.unlock(OXM::PropertyMessage)); // unbalanced
+    EXPECT_FALSE(n.isLocked(OXM::PropertyMessage));
     n.scale.setValue(5);
     EXPECT_EQ(l.entries.size(), 3u);
 }

@@ -134,6 +134,8 @@ TEST(OXMClassManager, SearchFindsLiveObjectsByModuleAndClass)
     EXPECT_EQ(OXMClassManager::getObjectCount(byModule), before + 2);
     OXMClassManager::SearchPattern byClass{"OXMTestSettings", nullptr, false};
     EXPECT_EQ(OXMClassManager::getObjectCount(byClass), 1);
+    EXPECT_EQ(OXMClassManager::getObjectCount({nullptr, "nosuchmodule", true}), 0);
+    EXPECT_FALSE(OXMClassManager::registerMetaClass(nullptr));
     OXMClassManager::SearchPattern derived{"OXMObject", nullptr, false};
     OXMClassManager::SearchPattern derivedToo{"OXMObject", nullptr, true};
     EXPECT_GT(OXMClassManager::getObjectCount(derivedToo),

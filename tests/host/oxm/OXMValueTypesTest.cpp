@@ -35,6 +35,8 @@ TEST(OXMValueTypes, VectorsAndIntervals)
     const OXMVector3<float> a(1, 2, 3), b(4, 5, 6);
     EXPECT_EQ(a + b, OXMVector3<float>(5, 7, 9));
     EXPECT_EQ((a + b) / 2.0f, OXMVector3<float>(2.5f, 3.5f, 4.5f));
+    EXPECT_EQ(b - a, OXMVector3<float>(3, 3, 3));
+    EXPECT_EQ(OXMVector2<int>(5, 7) - OXMVector2<int>(1, 2), OXMVector2<int>(4, 5));
     EXPECT_EQ(b[2], 6);
     EXPECT_NE(a, b);
     EXPECT_EQ(OXMVector2<int>(1, 2) * 3, OXMVector2<int>(3, 6));
