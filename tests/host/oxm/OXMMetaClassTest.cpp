@@ -205,5 +205,11 @@ TEST(OXMRoles, PrepareRolesActivatesDefaultRolesWithTheirParents)
     EXPECT_TRUE(plain.isRoleActive(prefs));
     plain.setRoleActive(special, false);
     EXPECT_FALSE(plain.isRoleActive(special));
-    OXMObject::RoleManager::removeRole(special);
+    // A removed role is no class's default any more; the other defaults stay.
+    EXPECT_TRUE(OXMObject::RoleManager::addDefaultRole(Record::metaClass(), special));
+    EXPECT_TRUE(OXMObject::RoleManager::removeRole(special));
+    Record later;
+    EXPECT_TRUE(later.prepareRoles());
+    EXPECT_TRUE(later.isRoleActive(prefs));
+    EXPECT_FALSE(later.isRoleActive(special));
 }
