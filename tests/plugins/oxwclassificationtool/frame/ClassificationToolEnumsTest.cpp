@@ -15,26 +15,6 @@ namespace {
 
 const char* const Ns = OXWClassificationToolEnums::Namespace;
 
-// Every name is a distinct value of the plug-in's namespace; a component registering a name
-// of the vocabulary again (here the test) gets the frame's value, another namespace does not.
-TEST(ClassificationToolEnums, EveryNameOfTheVocabularyIsADistinctValueOfThePluginNamespace)
-{
-    std::set<int> values;
-    for (const char* name : OXWClassificationToolEnums::Names) {
-        const OXMRegisteredEnum registration(name, false, Ns);
-        const OXMenum value = registration;
-        EXPECT_STREQ(value.getName(), name);
-        EXPECT_STREQ(value.getNamespace(), Ns);
-        values.insert(value.toInt());
-    }
-    EXPECT_EQ(values.size(), size_t(OXWClassificationToolEnums::NameCount));
-    const OXMenum frame = OXWClassificationToolEnums::default3DRendererPreferences();
-    const OXMRegisteredEnum again("Default3DRendererPreferences", false, Ns);
-    const OXMRegisteredEnum host("Default3DRendererPreferences", false, "OXM");
-    EXPECT_EQ(OXMenum(again), frame);
-    EXPECT_NE(OXMenum(host), frame);
-}
-
 TEST(ClassificationToolEnums, TerminationDestroysOwnedRegistrationsOnlyLastFirst)
 {
     const int before = OXMRegisteredEnum::getEnumCount(Ns);
