@@ -1,5 +1,4 @@
-// The plug-in's vocabulary: values registered in the namespace "oxwclassificationtool" by
-// every component that uses them, and the termination walk over owned registrations.
+// The plug-in's vocabulary: the termination walk over owned registrations.
 
 #include <OXWClassificationToolEnums.h>
 

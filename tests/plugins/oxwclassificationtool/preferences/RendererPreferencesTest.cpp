@@ -1,4 +1,4 @@
-// The default 3D renderer preference and its page: the object's rules, and the page that
+// The default 3D renderer preference and its page: the page that
 // shows a renderer row by its pair of class name and shading model and writes rows back.
 
 #include <OXMDefault3DRendererPreferences.h>

@@ -1,7 +1,7 @@
 // The classification preset handler with the tool panel on the viewer's objects: the built-in
 // presets on both phantoms, re-read by the panel and drawn by the views; a saved preset applied
-// by another handler reproduces the material exactly; the "Absolute Preset" box; the modified
-// mark; an apply is one undo step; presets that can't be applied leave the target as it was.
+// by another handler reproduces the material exactly; the modified mark; an apply is one undo
+// step.
 
 #include "../tool/PanelFixture.h"
 

@@ -1,6 +1,4 @@
-// The classification preset record (its properties' defaults and flags, a channel object of
-// its own per channel, its identity, copies with their own channels and the references
-// between them carried over) and its conversion onto the grey-value range of the data it is
+// The classification preset record's conversion onto the grey-value range of the data it is
 // applied to: relative presets stretched, absolute ones cut and clipped, others refused.
 
 #include "OXMPresetClassificationProxyObject.h"

@@ -1,5 +1,5 @@
-// The classification tool's form (names, layout, texts, tab order, the event filter on the
-// editors) and the table of rendering methods (lookups, combo box, listener, render settings).
+// The classification tool's form (names, layout, the event filter on the editors) and the
+// table of rendering methods (listener, render settings).
 
 #include <OXWClassificationToolGUIUI.h>
 #include <OXWLUTColorBar.h>

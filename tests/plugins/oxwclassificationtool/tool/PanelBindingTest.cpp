@@ -1,5 +1,5 @@
-// The panel's binding to the scene tree's selection (take-up, release, zoom and scroll, the
-// user's rights, RGB data), its filter of the opacity editor's mouse moves, and the rendering
+// The panel's binding to the scene tree's selection (take-up, release, zoom and scroll, RGB
+// data), its filter of the opacity editor's mouse moves, and the rendering
 // controls on the bound volume.
 
 #include "PanelFixture.h"

@@ -1,8 +1,6 @@
 // Reading the classification back from the host: host lists into the model, the round trip of
-// a written classification, the default classification of a material without interval lists,
-// the coalescing of change messages; the re-read against a literal one on random
-// classifications; the histogram (aborted calculations, coalesced checks, CSV export, data
-// in their own values).
+// a written classification, the default classification of a material without interval lists;
+// the re-read against a literal one on random classifications; data in their own values.
 
 #include "PanelFixture.h"
 
