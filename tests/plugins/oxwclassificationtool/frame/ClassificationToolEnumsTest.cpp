@@ -1,5 +1,4 @@
-// The plug-in's vocabulary: values registered in the namespace "oxwclassificationtool" by
-// every component that uses them, and the termination walk over owned registrations.
+// The plug-in's vocabulary: the termination walk over owned registrations.
 
 #include <OXWClassificationToolEnums.h>
 
@@ -14,26 +13,6 @@
 namespace {
 
 const char* const Ns = OXWClassificationToolEnums::Namespace;
-
-// Every name is a distinct value of the plug-in's namespace; a component registering a name
-// of the vocabulary again (here the test) gets the frame's value, another namespace does not.
-TEST(ClassificationToolEnums, EveryNameOfTheVocabularyIsADistinctValueOfThePluginNamespace)
-{
-    std::set<int> values;
-    for (const char* name : OXWClassificationToolEnums::Names) {
-        const OXMRegisteredEnum registration(name, false, Ns);
-        const OXMenum value = registration;
-        EXPECT_STREQ(value.getName(), name);
-        EXPECT_STREQ(value.getNamespace(), Ns);
-        values.insert(value.toInt());
-    }
-    EXPECT_EQ(values.size(), size_t(OXWClassificationToolEnums::NameCount));
-    const OXMenum frame = OXWClassificationToolEnums::default3DRendererPreferences();
-    const OXMRegisteredEnum again("Default3DRendererPreferences", false, Ns);
-    const OXMRegisteredEnum host("Default3DRendererPreferences", false, "OXM");
-    EXPECT_EQ(OXMenum(again), frame);
-    EXPECT_NE(OXMenum(host), frame);
-}
 
 TEST(ClassificationToolEnums, TerminationDestroysOwnedRegistrationsOnlyLastFirst)
 {

@@ -44,13 +44,6 @@ int objectsOf(const char* className, const char* module = nullptr)
     return OXMClassManager::getObjectCount(pattern);
 }
 
-// A preference manager that refuses every preference.
-class RefusingManager : public OXWPreferenceManager
-{
-public:
-    bool addPreference(OXMenum, OXMObject*) override { return false; }
-};
-
 class ClassificationToolPlugin : public ::testing::Test
 {
 protected:
@@ -111,30 +104,6 @@ TEST_F(ClassificationToolPlugin, StartsAndStopsLeavingNoObjectAndNoPreference)
     EXPECT_EQ(manager->preferenceCount(), 0);
     EXPECT_TRUE(manager->enumMappings().empty());
     EXPECT_EQ(window->toolCount(), 1); // the first panel is the window's now
-}
-
-TEST_F(ClassificationToolPlugin, FailuresLeaveWhatTheyMust)
-{
-    EXPECT_EQ(info->initialize(nullptr), OXM::InvalidValue);
-    EXPECT_EQ(info->terminate(nullptr), OXM::InvalidValue);
-    EXPECT_EQ(objectsOf("OXWPresetHandler"), 0);
-
-    // A manager that refuses: the handler and the docked panel stay; shut-down destroys the
-    // plug-in's objects but leaves the panel, and reports the failed withdrawal.
-    useManager(std::make_unique<RefusingManager>());
-    EXPECT_EQ(start(), OXM::OutOfMemory);
-    EXPECT_EQ(window->toolCount(), 1);
-    EXPECT_EQ(objectsOf("OXWPresetHandler"), 1);
-    EXPECT_EQ(stop(), OXM::GenericError);
-    EXPECT_EQ(objectsOf(nullptr, Module), 0);
-    EXPECT_EQ(window->toolCount(), 1);
-
-    // No main window: nothing is started.
-    window.reset();
-    useManager(std::make_unique<OXWPreferenceManager>());
-    EXPECT_EQ(start(), OXM::MissingAFObject);
-    EXPECT_EQ(preference(), nullptr);
-    EXPECT_EQ(stop(), OXM::MissingAFObject);
 }
 
 TEST_F(ClassificationToolPlugin, ThePreferencePageAppearsTwiceAndItsChoiceSurvivesARestart)

@@ -1,4 +1,4 @@
-// The default 3D renderer preference and its page: the object's rules, and the page that
+// The default 3D renderer preference and its page: the page that
 // shows a renderer row by its pair of class name and shading model and writes rows back.
 
 #include <OXMDefault3DRendererPreferences.h>
@@ -38,49 +38,6 @@ struct Preferences : OXMDefault3DRendererPreferences
         return value;
     }
 };
-
-// Counts the messages of the objects it listens to.
-struct Listener : OXMIOC
-{
-    void iocCallback(Message& message) override { ids.push_back(message.getPropertyID()); }
-    std::vector<OXMenum> ids;
-};
-
-TEST(RendererPreferences, KeepsOnlyTheSevenShadingModelsAndCopiesAllThree)
-{
-    Preferences preferences;
-    EXPECT_EQ(preferences.renderer(), "OXMRaytracing::Isosurface::RenderPlugin");
-    EXPECT_EQ(preferences.shading(), OXM::Phong);
-    for (OXMenum model : OXMDefault3DRendererPreferences::shadingModels()) {
-        EXPECT_TRUE(preferences.setValue(ShadingModel, model)) << model.getName();
-        EXPECT_FALSE(preferences.setValue(ShadingModel, OXMenum(OXM::Opacity)));
-        EXPECT_EQ(preferences.shading(), model);
-    }
-    ASSERT_TRUE(preferences.setValue<const char*>(RenderPluginName, "OXMOxm2RenderPlugin"));
-    ASSERT_TRUE(preferences.setValue(SecondLightShadow, OXMenum(OXM::True)));
-    const OXMDefault3DRendererPreferences copy(preferences);
-    const char* name = nullptr;
-    OXMenum shadow;
-    ASSERT_TRUE(copy.getValue(RenderPluginName, name) && copy.getValue(SecondLightShadow, shadow));
-    EXPECT_STREQ(name, "OXMOxm2RenderPlugin");
-    EXPECT_EQ(shadow, OXM::True);
-}
-
-TEST(RendererPreferences, TellsItsListenersOncePerChangeAndPassesAMessageOnOnce)
-{
-    Preferences preferences;
-    Listener listener;
-    OXMObjectIOCPtr watch(&preferences, &listener);
-    preferences.setValue(ShadingModel, OXMenum(ScatterHQ));
-    preferences.setValue(ShadingModel, OXMenum(ScatterHQ)); // no change
-    EXPECT_EQ(listener.ids, std::vector<OXMenum>{ShadingModel});
-
-    // A message delivered to the object goes on to its listeners as a change of that property.
-    listener.ids.clear();
-    OXMIOC::Message received(OXM::PropertyChanged, nullptr, SecondLightShadow);
-    preferences.iocCallback(received);
-    EXPECT_EQ(listener.ids, std::vector<OXMenum>{SecondLightShadow});
-}
 
 class RendererPreferencesPage : public ::testing::Test
 {

@@ -1,7 +1,7 @@
 // The classification preset handler with the tool panel on the viewer's objects: the built-in
 // presets on both phantoms, re-read by the panel and drawn by the views; a saved preset applied
-// by another handler reproduces the material exactly; the "Absolute Preset" box; the modified
-// mark; an apply is one undo step; presets that can't be applied leave the target as it was.
+// by another handler reproduces the material exactly; the modified mark; an apply is one undo
+// step.
 
 #include "../tool/PanelFixture.h"
 
@@ -198,23 +198,6 @@ TEST_F(PresetHandler, ASavedPresetAppliedByAnotherHandlerReproducesTheMaterialEx
     EXPECT_FALSE(presets->isAbsolutePreset()) << "applying sets the flag to the preset's mode";
 }
 
-// The save dialog's "Absolute Preset" box shows the handler's flag and sets it.
-TEST_F(PresetHandler, TheAbsolutePresetBoxMirrorsTheHandlersFlag)
-{
-    const auto shown = [this] {
-        const std::unique_ptr<QWidget> box(presets->createSaveDialogExtension());
-        return qobject_cast<QCheckBox*>(box.get())->isChecked();
-    };
-    const std::unique_ptr<QWidget> box(presets->createSaveDialogExtension());
-    auto* check = qobject_cast<QCheckBox*>(box.get());
-    ASSERT_EQ(check->text(), QStringLiteral("Absolute Preset"));
-    for (bool absolute : {false, true, false}) {
-        EXPECT_EQ(presets->isAbsolutePreset(), absolute);
-        EXPECT_EQ(shown(), absolute);
-        check->click();
-    }
-}
-
 TEST_F(PresetHandler, AnEditAfterApplyingMarksThePresetModifiedAndUndoTakesTheApplyBackInOneStep)
 {
     ASSERT_TRUE(settle());
@@ -232,82 +215,4 @@ TEST_F(PresetHandler, AnEditAfterApplyingMarksThePresetModifiedAndUndoTakesTheAp
     ASSERT_TRUE(app.undoStack()->undo()); // the apply, whole
     EXPECT_TRUE(Snapshot(volume) == before);
     EXPECT_EQ(app.undoStack()->count(), 0);
-}
-
-TEST_F(PresetHandler, PresetsThatCantBeAppliedLeaveTheTargetOrKeepItsRenderPlugIn)
-{
-    ASSERT_TRUE(settle());
-    OXMObjectRefPtr record("OXMPresetClassificationProxyObject");
-    record->setArray(OXM::IntervalIndexList, std::vector<int>{5, 9, 5});
-    ASSERT_TRUE(presets->savePreset(record.get(), "Flat", OXM::UserPreset));
-    const Snapshot before(volume);
-    EXPECT_FALSE(presets->applyPresetToTarget("Flat", OXM::UserPreset));
-    EXPECT_TRUE(Snapshot(volume) == before) << "first and last border equal: nothing written";
-
-    shapeVolume();
-    ASSERT_TRUE(presets->saveTargetAsPreset("Odd renderer", OXM::UserPreset));
-    QFile file(presets->store().directory() + "/Odd renderer.oxwpreset");
-    ASSERT_TRUE(file.open(QIODevice::ReadWrite));
-    const QByteArray odd = file.readAll().replace("OXMRaytracing::Volume::RenderPlugin", "NoSuch");
-    file.resize(0);
-    file.write(odd);
-    file.close();
-    OXMObject* plugin = volume->getRenderPlugin();
-    ASSERT_TRUE(setArray(material(), OXM::IntervalIndexList, std::vector<int>{9, 25}));
-    EXPECT_FALSE(presets->applyPresetToTarget("Odd renderer", OXM::UserPreset));
-    EXPECT_EQ(volume->getRenderPlugin(), plugin);
-    EXPECT_EQ(array<int>(material(), OXM::IntervalIndexList), (std::vector<int>{10, 15, 20, 25}));
-}
-
-// An absolute preset holds data values: saved from floating-point data, its border lands at
-// the same value on other floating-point data, whatever their bins.
-TEST_F(PresetHandler, AnAbsolutePresetOfFloatDataKeepsItsBorderAtItsValue)
-{
-    const auto floatVolume = [this](const char* name, float low, float high) {
-        std::vector<float> values(4000);
-        for (std::size_t i = 0; i < values.size(); ++i)
-            values[i] = low + (high - low) * float(i) / float(values.size() - 1);
-        std::vector<std::uint8_t> bytes(values.size() * sizeof(float));
-        std::memcpy(bytes.data(), values.data(), bytes.size());
-        return addVolume(name, bytes, OXM::Float32, OXMVector3<int>(int(values.size()), 1, 1));
-    };
-    // The bin of the panel's model whose centre lies nearest the value, and that centre.
-    const auto binNear = [this](double value, double& centre) {
-        const OXWLUTObjectInfo* info = model();
-        int best = 0;
-        double bestDistance = 1e300;
-        for (int bin = int(info->greyMin()); bin <= int(info->greyMax()); ++bin) {
-            const double v = info->calibratedFromPosition(info->positionFromGrey(float(bin)));
-            if (std::abs(v - value) < bestDistance) {
-                best = bin;
-                bestDistance = std::abs(v - value);
-                centre = v;
-            }
-        }
-        return best;
-    };
-    OXMVolumeRenderObject* from = floatVolume("From", -1000.0f, 3000.0f);
-    OXMVolumeRenderObject* onto = floatVolume("Onto", 0.0f, 4000.0f);
-    ASSERT_TRUE(from && onto);
-    selectAndSettle(from);
-    double savedValue = 0.0;
-    const int savedBin = binNear(1000.0, savedValue);
-    std::vector<int> borders = array<int>(presets->material(), OXM::IntervalIndexList);
-    ASSERT_EQ(borders.size(), 2u);
-    ASSERT_TRUE(setArray(presets->material(), OXM::IntervalIndexList,
-                         std::vector<int>{borders.front(), savedBin, borders.back()}));
-    ASSERT_TRUE(setArray(presets->material(), OXM::IntervalModeList,
-                         std::vector<OXMenum>{OXM::Enabled, OXM::Enabled}));
-    ASSERT_TRUE(
-        setArray(presets->material(), OXM::IntervalNameList, std::vector<const char*>{"a", "b"}));
-    presets->setAbsolutePreset(true);
-    ASSERT_TRUE(presets->saveTargetAsPreset("Values", OXM::UserPreset));
-
-    selectAndSettle(onto);
-    pick("Values", OXM::UserPreset);
-    borders = array<int>(presets->material(), OXM::IntervalIndexList);
-    ASSERT_EQ(borders.size(), 3u);
-    double ontoValue = 0.0;
-    const int expected = binNear(savedValue, ontoValue);
-    EXPECT_NEAR(borders[1], expected, 1) << "saved at " << savedValue;
 }

@@ -1,6 +1,4 @@
-// The classification preset record (its properties' defaults and flags, a channel object of
-// its own per channel, its identity, copies with their own channels and the references
-// between them carried over) and its conversion onto the grey-value range of the data it is
+// The classification preset record's conversion onto the grey-value range of the data it is
 // applied to: relative presets stretched, absolute ones cut and clipped, others refused.
 
 #include "OXMPresetClassificationProxyObject.h"
@@ -30,90 +28,6 @@ OXMenum plugin(const char* name)
 {
     return OXMRegisteredEnum(name, false, Ns).getValue();
 }
-
-class PresetRecord : public ::testing::Test
-{
-protected:
-    void SetUp() override { OXMSceneNames::registerSceneClasses(); }
-};
-
-} // namespace
-
-// Every property but the float borders is one a preset stores; the defaults are those of an
-// untouched volume; each channel is an object of the record's own.
-TEST_F(PresetRecord, ANewRecordHasItsPresetPropertiesWithTheirDefaultsAndItsOwnChannels)
-{
-    OXMObjectRefPtr record("OXMPresetClassificationProxyObject");
-    ASSERT_TRUE(record);
-    ASSERT_EQ(record->getPropertyCount(), 26);
-    for (int i = 0; i < 26; ++i) {
-        const OXMProperty* p = record->getPropertyAt(i);
-        EXPECT_EQ(bool(p->getProtectedFlags() & OXMProperty::PresetFlag),
-                  p->getID() != plugin("IntervalFloatIndexList"))
-            << i;
-    }
-    OXMenum absolute, shading, normalization;
-    float distance = 0;
-    int limit = -1;
-    const char* className = "set";
-    EXPECT_TRUE(record->getValue(plugin("AbsoluteMode"), absolute) && absolute == OXM::False);
-    EXPECT_TRUE(record->getValue(plugin("ShadingModel"), shading) && shading == OXM::Phong);
-    EXPECT_TRUE(record->getValue(OXM::SamplingDistance, distance) && distance == 1.0f);
-    EXPECT_TRUE(record->getValue(OXM::GradientNormalization, normalization) &&
-                normalization == OXM::Disabled);
-    EXPECT_TRUE(record->getValue(plugin("ShadingCountLimit"), limit) && limit == 0);
-    EXPECT_TRUE(record->getValue(OXM::RenderPlugin, className) && className == nullptr);
-    EXPECT_FALSE(record->setValue(plugin("AbsoluteMode"), OXM::Enabled)) << "true or false only";
-
-    std::set<OXMObject*> distinct;
-    for (OXMenum id : OXMPresetClassificationProxyObject::channelIDs()) {
-        OXMObject* channel = record->getLinkedObject(id);
-        ASSERT_NE(channel, nullptr);
-        EXPECT_TRUE(channel->isOfType("OXMSampleTransferSpec"));
-        EXPECT_EQ(channel->getScope(), OXM::Local);
-        EXPECT_EQ(channel->getParentLink().getOwner(), record.get());
-        distinct.insert(channel);
-    }
-    EXPECT_EQ(distinct.size(), OXMPresetClassificationProxyObject::channelIDs().size());
-    EXPECT_STREQ(record->getObjectID(0).getName(), "OXMPresetClassificationProxyObject");
-    EXPECT_STREQ(record->getObjectID(0).getNamespace(), Ns);
-    EXPECT_STREQ(record->getMetaClass()->getModuleName(), Ns);
-}
-
-TEST_F(PresetRecord, CopiesGetTheirOwnChannelsAndKeepTheReferencesBetweenThem)
-{
-    OXMObjectRefPtr record("OXMPresetClassificationProxyObject");
-    OXMObject* ambient = record->getLinkedObject(OXM::AmbientRed);
-    OXMObject* diffuse = record->getLinkedObject(OXM::DiffuseRed);
-    ambient->setValue(OXM::Scale, 0.25f);
-    diffuse->setValue(OXM::MapMode, OXM::Reference);
-    diffuse->setValue(OXM::Reference, OXMObjectLink(ambient));
-    record->setArray(OXM::IntervalIndexList, std::vector<int>{-1, 7, 255});
-
-    OXMObjectPtr copy(dynamic_cast<OXMObject*>(OXMMetaClass::clone(record.get())));
-    OXMObjectRefPtr assigned("OXMPresetClassificationProxyObject");
-    ASSERT_TRUE(copy);
-    ASSERT_TRUE(record->getMetaClass()->assign(assigned.get(), record.get()));
-    for (OXMObject* made : {copy.get(), assigned.get()}) {
-        std::vector<int> borders;
-        made->getArray(OXM::IntervalIndexList, borders);
-        EXPECT_EQ(borders, (std::vector<int>{-1, 7, 255}));
-        OXMObject* madeAmbient = made->getLinkedObject(OXM::AmbientRed);
-        OXMObject* madeDiffuse = made->getLinkedObject(OXM::DiffuseRed);
-        EXPECT_NE(madeAmbient, ambient);
-        float scale = 0;
-        EXPECT_TRUE(madeAmbient->getValue(OXM::Scale, scale) && scale == 0.25f);
-        EXPECT_EQ(madeDiffuse->getLinkedObject(OXM::Reference), madeAmbient);
-        EXPECT_EQ(madeAmbient->getParentLink().getOwner(), made);
-    }
-    OXMObject other;
-    other.setAutoDelete(false);
-    EXPECT_FALSE(OXMClassManager::findMetaClass("OXMPresetClassificationProxyObject")
-                     ->assign(&other, record.get()))
-        << "records only";
-}
-
-namespace {
 
 using Handles = std::vector<OXMVector2<float>>;
 using Range = OXWPresetConversion::Range;

@@ -1,5 +1,5 @@
-// The classification tool's form (names, layout, texts, tab order, the event filter on the
-// editors) and the table of rendering methods (lookups, combo box, listener, render settings).
+// The classification tool's form (names, layout, the event filter on the editors) and the
+// table of rendering methods (listener, render settings).
 
 #include <OXWClassificationToolGUIUI.h>
 #include <OXWLUTColorBar.h>
@@ -31,8 +31,6 @@
 #include <QMouseEvent>
 #include <QTabWidget>
 #include <QToolButton>
-#include <QTranslator>
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -63,26 +61,6 @@ public:
     std::map<QObject*, int> moves;
 };
 
-// Translates the texts of one context with a function and leaves the others alone.
-class Translator : public QTranslator
-{
-public:
-    Translator(const char* context, std::function<QString(const QString&)> tr)
-        : mContext(context), mTr(std::move(tr))
-    {
-    }
-    bool isEmpty() const override { return false; }
-    QString translate(const char* context, const char* sourceText, const char* = nullptr,
-                      int = -1) const override
-    {
-        return qstrcmp(context, mContext) != 0 ? QString() : mTr(QString::fromUtf8(sourceText));
-    }
-
-private:
-    const char* mContext;
-    std::function<QString(const QString&)> mTr;
-};
-
 // The widgets a layout manages, at any depth of nested layouts.
 void managedWidgets(QLayout* layout, std::vector<QWidget*>& widgets)
 {
@@ -106,31 +84,6 @@ std::vector<QWidget*> containersOf(QWidget* form, QTabWidget* tabs)
         containers.push_back(tabs->widget(i));
     }
     return containers;
-}
-
-// Every text the user reads on the form, and the names of the spin boxes' undo steps.
-QStringList textsOf(QWidget* form)
-{
-    QStringList texts{form->windowTitle()};
-    for (QLabel* label : form->findChildren<QLabel*>()) {
-        texts << label->text();
-    }
-    for (QAbstractButton* button : form->findChildren<QAbstractButton*>()) {
-        texts << button->text();
-    }
-    for (QGroupBox* box : form->findChildren<QGroupBox*>()) {
-        texts << box->title();
-    }
-    for (QTabWidget* tabs : form->findChildren<QTabWidget*>()) {
-        for (int i = 0; i < tabs->count(); ++i) {
-            texts << tabs->tabText(i);
-        }
-    }
-    for (OXWSpinBox* box : form->findChildren<OXWSpinBox*>()) {
-        texts << box->autoUndoScope();
-    }
-    texts.removeAll(QString());
-    return texts;
 }
 
 class Form : public ::testing::Test
@@ -211,69 +164,6 @@ TEST_F(Form, TheFormFiltersTheEditorsEventsOnly)
                                                     {form->mDiffuseLUTColorBar, 2}}));
 }
 
-// Every text comes through the translator of the form's context, also when one is installed
-// later, and comes back when it is removed.
-TEST_F(Form, EveryTextIsTranslatedAndTheFormIsRelabelledWhenATranslatorComesOrGoes)
-{
-    form->show();
-    const QStringList english = textsOf(form.get());
-    EXPECT_EQ(english.size(), 31);
-    Translator german("OXWClassificationToolGUIUI", [](const QString& s) { return "de:" + s; });
-    QCoreApplication::installTranslator(&german);
-    QApplication::processEvents();
-    QStringList expected;
-    for (const QString& text : english) {
-        expected << QStringLiteral("de:") + text;
-    }
-    EXPECT_EQ(textsOf(form.get()), expected);
-    EXPECT_EQ(textsOf(std::make_unique<TestForm>().get()), expected);
-    QCoreApplication::removeTranslator(&german);
-    QApplication::processEvents();
-    EXPECT_EQ(textsOf(form.get()), english);
-}
-
-TEST_F(Form, TabMovesThroughTheControlsInTheFormsOrder)
-{
-    const std::vector<QWidget*> order = {
-        form->oXWPresetComboBox1,          form->mLUTWorkArea,
-        form->mWorkAreaZoomPlusButton,     form->mWorkAreaZoomMinusButton,
-        form->mColorManipulationTabWidget, form->mAmbientLUTColorBar,
-        form->mAmbientIntensitySpinBox,    form->mDiffuseLUTColorBar,
-        form->mDiffuseIntensitySpinBox,    form->mDiffuseSharedColortableCheckBox,
-        form->mSpecularShininessSpinBox,   form->mSpecularIntensitySpinBox,
-        form->mSpecularColorWidget,        form->mTransparencySpinBox};
-    // A widget belongs to the nearest control or page that contains it.
-    std::vector<QWidget*> owners = order;
-    for (QWidget* page :
-         {form->tab, form->tab_2, form->TabPage, form->TabPage_2, form->TabPage_3}) {
-        owners.push_back(page);
-    }
-    auto ownerOf = [&owners](QWidget* w) {
-        while (w && std::find(owners.begin(), owners.end(), w) == owners.end()) {
-            w = w->parentWidget();
-        }
-        return w;
-    };
-    // From each control the focus chain reaches the next one passing only the control's own
-    // parts (a spin box's field, the tab widget's bar) and widgets that Tab skips.
-    for (std::size_t i = 0; i + 1 < order.size(); ++i) {
-        QWidget* from = order[i];
-        QWidget* to = order[i + 1];
-        SCOPED_TRACE(from->objectName().toStdString() + " -> " + to->objectName().toStdString());
-        QWidget* w = from->nextInFocusChain();
-        int steps = 0;
-        while (w != to && w != from && steps < 1000) {
-            const bool ownPart = ownerOf(w) == from;
-            const bool skipped = (w->focusPolicy() & Qt::TabFocus) == 0;
-            EXPECT_TRUE(ownPart || skipped) << "Tab stops at " << w->objectName().toStdString()
-                                            << " (" << w->metaObject()->className() << ")";
-            w = w->nextInFocusChain();
-            ++steps;
-        }
-        EXPECT_EQ(w, to);
-    }
-}
-
 namespace {
 
 bool setLinks(OXMObject* object, OXMenum id, const std::vector<OXMObject*>& objects)
@@ -293,54 +183,6 @@ public:
 };
 
 } // namespace
-
-// Each row is found again by its display name and by its renderer and shading, and names a
-// renderer the host can create; what no row holds is found nowhere. With two rows translated
-// to one name, the first of them answers, in the lookups and in the combo box.
-TEST(RenderMethodTable, EveryRowIsFoundByItsNameAndByItsRendererAndShading)
-{
-    const OXWRenderMethodTable table;
-    QComboBox box;
-    for (int row = 0; row < OXWRenderMethodTable::RowCount; ++row) {
-        SCOPED_TRACE(row);
-        const QString name = table.displayName(row);
-        EXPECT_EQ(table.classNameFor(name), table.className(row));
-        EXPECT_EQ(table.shadingModelFor(name), table.shadingModel(row));
-        EXPECT_EQ(table.displayNameFor(table.className(row), table.shadingModel(row)), name);
-        OXMObjectRefPtr plugin(table.className(row).toLatin1().constData());
-        ASSERT_NE(plugin.get(), nullptr);
-        table.fillComboBox(&box, name);
-        EXPECT_EQ(box.count(), int(OXWRenderMethodTable::RowCount));
-        EXPECT_EQ(box.currentIndex(), row);
-        EXPECT_EQ(box.itemText(row), name);
-    }
-    for (int row : {-1, int(OXWRenderMethodTable::RowCount)}) {
-        EXPECT_TRUE(table.displayName(row).isNull() && table.className(row).isNull());
-        EXPECT_EQ(table.shadingModel(row), OXM::Unknown);
-    }
-    for (const QString& name : {QStringLiteral("x-ray"), QString()}) {
-        EXPECT_TRUE(table.classNameFor(name).isEmpty());
-        EXPECT_EQ(table.shadingModelFor(name), OXM::Unknown);
-        table.fillComboBox(&box, name);
-        EXPECT_EQ(box.currentIndex(), -1);
-    }
-    EXPECT_TRUE(table.displayNameFor(QStringLiteral("OXMOxm2RenderPlugin"), OXM::Phong).isNull());
-    table.fillComboBox(nullptr, QStringLiteral("X-Ray"));
-
-    // Rows 1 (volume renderer, Phong) and 4 (X-Ray) translated to one name: row 1 answers.
-    Translator same("OXWRenderMethodTable", [](const QString& s) {
-        return s == "Volume renderer (Phong)" || s == "X-Ray" ? QStringLiteral("Same") : "tr:" + s;
-    });
-    QCoreApplication::installTranslator(&same);
-    const OXWRenderMethodTable translated;
-    QCoreApplication::removeTranslator(&same);
-    EXPECT_EQ(translated.displayName(0), QStringLiteral("tr:Isosurface renderer"));
-    EXPECT_EQ(translated.displayName(4), QStringLiteral("Same"));
-    EXPECT_EQ(translated.classNameFor("Same"), translated.className(1));
-    EXPECT_EQ(translated.shadingModelFor("Same"), OXM::Phong);
-    translated.fillComboBox(&box, QStringLiteral("Same"));
-    EXPECT_EQ(box.currentIndex(), 1);
-}
 
 // The four pointers report to the table's listener, which can change; clear() lets go of the
 // objects and keeps the listener.

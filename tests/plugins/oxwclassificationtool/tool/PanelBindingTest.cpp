@@ -1,5 +1,5 @@
-// The panel's binding to the scene tree's selection (take-up, release, zoom and scroll, the
-// user's rights, RGB data), its filter of the opacity editor's mouse moves, and the rendering
+// The panel's binding to the scene tree's selection (take-up, release, zoom and scroll, RGB
+// data), its filter of the opacity editor's mouse moves, and the rendering
 // controls on the bound volume.
 
 #include "PanelFixture.h"
@@ -37,13 +37,6 @@ protected:
             panel->repaint();
         }
     }
-};
-
-// The panel built before the scene: it hears the application's scene link.
-class PanelBeforeScene : public PanelFixture
-{
-protected:
-    PanelBeforeScene() { mSceneBeforePanel = false; }
 };
 
 } // namespace
@@ -165,29 +158,6 @@ TEST_F(PanelBinding, AnotherObjectResetsZoomAndScrollTheSamePathKeepsThem)
     EXPECT_EQ(storedRange(sample.volume16), stored16);
     EXPECT_EQ(std::make_pair(model()->visibleGreyFrom(), model()->visibleGreyTo()), visible);
     EXPECT_FLOAT_EQ(panel->scroll(), 25.0f);
-}
-
-TEST_F(PanelBinding, WithoutTheRightToEditThePanelIsDisabledAfterARepaint)
-{
-    showPanel();
-    OXMTulvoRights* rights = sample.scene->getRights();
-    EXPECT_EQ(panel->rightsObject(), rights);
-    for (bool allowed : {false, true}) {
-        ASSERT_TRUE(rights->setAllowClassificationEdit(allowed));
-        EXPECT_TRUE(waitUntil([this, allowed] { return panel->isEnabled() == allowed; }));
-        EXPECT_EQ(workArea()->isEnabled(), allowed);
-    }
-}
-
-TEST_F(PanelBeforeScene, FollowsTheSceneLinkToTheRights)
-{
-    showPanel();
-    EXPECT_EQ(panel->selectedObject(), nullptr);
-    EXPECT_EQ(panel->rightsObject(), sample.scene->getRights());
-    select({volume});
-    EXPECT_EQ(panel->selectedObject(), volume);
-    ASSERT_TRUE(sample.scene->getRights()->setAllowClassificationEdit(false));
-    EXPECT_TRUE(waitUntil([this] { return !panel->isEnabled(); }));
 }
 
 TEST_F(PanelBinding, RgbDataDisablesColourEditingButNotOpacityEditing)

@@ -1,8 +1,6 @@
 // Reading the classification back from the host: host lists into the model, the round trip of
-// a written classification, the default classification of a material without interval lists,
-// the coalescing of change messages; the re-read against a literal one on random
-// classifications; the histogram (aborted calculations, coalesced checks, CSV export, data
-// in their own values).
+// a written classification, the default classification of a material without interval lists;
+// the re-read against a literal one on random classifications; data in their own values.
 
 #include "PanelFixture.h"
 
@@ -145,54 +143,6 @@ TEST_F(PanelRead, AMaterialWithoutIntervalListsGetsTheDefaultClassificationOutsi
     // The panel's own default writes start no further re-read.
     ASSERT_TRUE(settle());
     EXPECT_EQ(app.undoStack()->count(), 0);
-}
-
-// A burst of changes of the interval lists or of a channel is read once, after the timer; a
-// burst of histogram messages causes one check after a delay of its own: an up-to-date
-// histogram is re-read once, new data is calculated first.
-TEST_F(PanelRead, ABurstOfChangeMessagesCausesOneReread)
-{
-    ASSERT_TRUE(settle());
-    OXMHistogram* histogram = volume->getHistogram();
-    const std::function<void(int)> bursts[] = {
-        [this](int i) {
-            const QByteArray name = "Burst " + QByteArray::number(i);
-            ASSERT_TRUE(setArray<const char*>(material(), OXM::IntervalNameList, {name.data()}));
-            ASSERT_TRUE(setArray<OXMenum>(material(), OXM::IntervalModeList,
-                                          {i % 2 ? OXM::Disabled : OXM::Enabled}));
-        },
-        [this](int i) {
-            ASSERT_TRUE(setArray(channel(OXM::Opacity), OXM::LookupTableHandleList,
-                                 HandleList({{float(First), 0.0f}, {float(Last), 0.1f * i}})));
-        },
-        [histogram](int) { histogram->sendMessage(OXM::PropertyChanged, OXM::Result); },
-        [this, histogram](int i) {
-            if (i == 1) {
-                changeTestVolumeData(3);
-            }
-            histogram->sendMessage(OXM::PropertyChanged, OXM::Result);
-        }};
-    for (int b = 0; b < 4; ++b) {
-        SCOPED_TRACE(b);
-        const int reads = panel->objectInfoReadCount();
-        for (int i = 1; i <= 10; ++i) {
-            bursts[b](i);
-        }
-        QTimer* timer = b < 2 ? panel->updateObjectInfoTimer() : panel->updateAnalyzerTimer();
-        EXPECT_TRUE(timer->isActive());
-        EXPECT_EQ(timer->interval(), b < 2 ? OXWClassificationToolGUI::ObjectInfoDelay
-                                           : OXWClassificationToolGUI::AnalyzerDelay);
-        EXPECT_EQ(panel->objectInfoReadCount(), reads);
-        ASSERT_TRUE(waitForReread(reads));
-        QTest::qWait(120);
-        EXPECT_EQ(panel->objectInfoReadCount(), reads + 1);
-    }
-    ASSERT_EQ(model()->intervalCount(), 1);
-    EXPECT_EQ(model()->interval(0)->name(), QStringLiteral("Burst 10"));
-    EXPECT_TRUE(model()->interval(0)->isEnabled());
-    EXPECT_FLOAT_EQ(model()->interval(0)->handles(Opacity).back().y, 1.0f);
-    EXPECT_FALSE(histogram->needsCalculation());
-    EXPECT_EQ(histogram->getResult()->getCounts(), std::vector<float>(std::size_t(Cells), 3.0f));
 }
 
 // The panel's re-read against a literal one: intervals from the border list, then every host
@@ -405,105 +355,6 @@ TEST_F(PanelReadOracle, RandomClassificationsReadLikeTheLiteralReRead)
             }
         }
     }
-}
-
-// Another volume selected while the histogram is calculated aborts the calculation: from its
-// first progress report, or from a timer that the panel's own calculation lets run.
-TEST_F(PanelRead, SelectingAnotherVolumeAbortsARunningCalculation)
-{
-    ASSERT_TRUE(settle());
-    OXMHistogram* running = volume->getHistogram();
-    ASSERT_EQ(panel->histogramObject(), running);
-    OXMVolumeRenderObject* other = sample.volume8;
-    for (bool ownCalculation : {false, true}) {
-        SCOPED_TRACE(ownCalculation);
-        select({volume});
-        ASSERT_TRUE(settle());
-        changeTestVolumeData(ownCalculation ? 4 : 3);
-        OXMAction* calculate = running->getAction(OXM::Calculate);
-        bool switched = false;
-        bool abortRequested = false;
-        if (ownCalculation) {
-            QTimer::singleShot(0, panel.get(), [&] {
-                switched = calculate->isRunning();
-                select({other});
-            });
-            reread();
-            EXPECT_TRUE(running->needsCalculation());
-        } else {
-            const OXMTaskInfo* task = calculate->getTaskInfo();
-            auto previous = OXMTaskInfo::setProgressHandler([&](const OXMTaskInfo& t, float) {
-                if (&t == task && !switched) {
-                    switched = true;
-                    select({other});
-                    abortRequested = t.isAbortRequested();
-                }
-            });
-            EXPECT_FALSE(running->execute(OXM::Calculate));
-            OXMTaskInfo::setProgressHandler(std::move(previous));
-            EXPECT_TRUE(abortRequested);
-        }
-        EXPECT_TRUE(switched);
-        EXPECT_EQ(calculate->getErrorCode(), OXM::Abort);
-        EXPECT_EQ(panel->selectedObject(), other);
-        ASSERT_TRUE(settle());
-        EXPECT_EQ(panel->selectedObject(), other);
-        EXPECT_EQ(panel->histogramObject(), other->getHistogram());
-        EXPECT_EQ(workArea()->histogramObject(), other->getHistogram());
-        EXPECT_TRUE(panel->isModelValid());
-        EXPECT_FLOAT_EQ(model()->greyCount(),
-                        float(other->getHistogram()->getResult()->getCounts().size()));
-    }
-}
-
-// One point per bin, from the first value to the last; the work area's menu item exports too.
-// The first dialog starts in the user's documents, the later ones where the last ended. A file
-// that can't be written gets a warning naming it; a cancelled dialog gets nothing.
-TEST_F(PanelRead, ExportsOnePointPerBinAndWarnsOfAFileThatCantBeWritten)
-{
-    QByteArray everyBin = "x,y\n";
-    for (int g = First; g <= Last; ++g) {
-        everyBin += QByteArray::number(g) + ",2\n";
-    }
-    const std::pair<std::vector<std::uint8_t>, QByteArray> cases[] = {
-        {{9, 9, 9, 9}, "x,y\n9,4\n"}, {{5, 5, 5, 6}, "x,y\n5,3\n6,1\n"}, {{}, everyBin}};
-    int n = 0;
-    QString firstStart;
-    for (const auto& [voxels, csv] : cases) {
-        SCOPED_TRACE(n);
-        select({voxels.empty() ? volume : addVolume("Exported", voxels)});
-        ASSERT_TRUE(settle());
-        const QString fileName = files.filePath(QStringLiteral("%1.csv").arg(++n));
-        OXWFileDialog::queueTestAnswer({fileName, QString()});
-        OXWModalAnswers boxes({OXWModalAnswers::button(QMessageBox::Ok)});
-        if (n == 3) {
-            emit workArea()->histogramSaveActivated();
-        } else {
-            panel->saveHistogram();
-        }
-        EXPECT_TRUE(boxes.texts.isEmpty());
-        QFile file(fileName);
-        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
-        EXPECT_EQ(file.readAll(), csv);
-        firstStart = n == 1 ? OXWFileDialog::lastRequest().startDirectory : firstStart;
-    }
-    EXPECT_TRUE(OXWFileDialog::lastRequest().save);
-    EXPECT_EQ(QDir::cleanPath(OXWFileDialog::lastRequest().startDirectory),
-              QDir::cleanPath(files.path()));
-    EXPECT_EQ(QDir::cleanPath(firstStart),
-              QDir::cleanPath(OXWApplication::parsePath(QStringLiteral("${USER_DOCUMENTS}"))));
-
-    const QString missing = files.filePath(QStringLiteral("missing/folder/h.csv"));
-    for (const QString& answer : {missing, QString()}) {
-        OXWFileDialog::queueTestAnswer({answer, QString()});
-        OXWModalAnswers boxes({OXWModalAnswers::button(QMessageBox::Ok)});
-        panel->saveHistogram();
-        QTest::qWait(50);
-        EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 0);
-        EXPECT_EQ(boxes.texts,
-                  answer.isEmpty() ? QStringList() : QStringList{"Unable to save " + missing});
-    }
-    EXPECT_EQ(QDir(files.path()).entryList(QDir::Files).size(), 3);
 }
 
 // Data whose bins do not count one value each show their own values on the tool's axis: the
