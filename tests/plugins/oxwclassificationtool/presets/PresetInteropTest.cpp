@@ -207,4 +207,19 @@ TEST_F(PresetInterop, ExportedAndImportedAgainClassifiesAsBefore)
     }
 }
 
+TEST_F(PresetInterop, LeftOutIsOneLogLineAndABadBatchStoresNothing)
+{
+    const QString slicer = QStringLiteral(OXW_TEST_PRESET_FILES "/slicer.xml");
+    const std::vector<OXWTransferFunction> presets = read(slicer);
+    ASSERT_TRUE(handler->importTransferFunctions({presets[0], presets[1]}, {"A", "B"}, slicer));
+    ASSERT_EQ(errors.size(), 1);
+    EXPECT_TRUE(errors[0].contains("\"MR-Flat\" of " + slicer +
+                                   " imported without: gradient "
+                                   "opacity, nearest-neighbour interpolation, shading off."))
+        << errors[0].toStdString();
+    EXPECT_FALSE(handler->importTransferFunctions({presets[1], presets[2]}, {"C", "D"}, slicer));
+    EXPECT_TRUE(handler->lastError().contains("\"Bad count\" can't be imported"));
+    EXPECT_EQ(handler->store().list().size(), 2u);
+}
+
 } // namespace

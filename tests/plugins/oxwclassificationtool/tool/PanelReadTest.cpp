@@ -357,6 +357,56 @@ TEST_F(PanelReadOracle, RandomClassificationsReadLikeTheLiteralReRead)
     }
 }
 
+// One point per bin, from the first value to the last; the work area's menu item exports too.
+// The first dialog starts in the user's documents, the later ones where the last ended. A file
+// that can't be written gets a warning naming it; a cancelled dialog gets nothing.
+TEST_F(PanelRead, ExportsOnePointPerBinAndWarnsOfAFileThatCantBeWritten)
+{
+    QByteArray everyBin = "x,y\n";
+    for (int g = First; g <= Last; ++g) {
+        everyBin += QByteArray::number(g) + ",2\n";
+    }
+    const std::pair<std::vector<std::uint8_t>, QByteArray> cases[] = {
+        {{9, 9, 9, 9}, "x,y\n9,4\n"}, {{5, 5, 5, 6}, "x,y\n5,3\n6,1\n"}, {{}, everyBin}};
+    int n = 0;
+    QString firstStart;
+    for (const auto& [voxels, csv] : cases) {
+        SCOPED_TRACE(n);
+        select({voxels.empty() ? volume : addVolume("Exported", voxels)});
+        ASSERT_TRUE(settle());
+        const QString fileName = files.filePath(QStringLiteral("%1.csv").arg(++n));
+        OXWFileDialog::queueTestAnswer({fileName, QString()});
+        OXWModalAnswers boxes({OXWModalAnswers::button(QMessageBox::Ok)});
+        if (n == 3) {
+            emit workArea()->histogramSaveActivated();
+        } else {
+            panel->saveHistogram();
+        }
+        EXPECT_TRUE(boxes.texts.isEmpty());
+        QFile file(fileName);
+        ASSERT_TRUE(file.open(QIODevice::ReadOnly));
+        EXPECT_EQ(file.readAll(), csv);
+        firstStart = n == 1 ? OXWFileDialog::lastRequest().startDirectory : firstStart;
+    }
+    EXPECT_TRUE(OXWFileDialog::lastRequest().save);
+    EXPECT_EQ(QDir::cleanPath(OXWFileDialog::lastRequest().startDirectory),
+              QDir::cleanPath(files.path()));
+    EXPECT_EQ(QDir::cleanPath(firstStart),
+              QDir::cleanPath(OXWApplication::parsePath(QStringLiteral("${USER_DOCUMENTS}"))));
+
+    const QString missing = files.filePath(QStringLiteral("missing/folder/h.csv"));
+    for (const QString& answer : {missing, QString()}) {
+        OXWFileDialog::queueTestAnswer({answer, QString()});
+        OXWModalAnswers boxes({OXWModalAnswers::button(QMessageBox::Ok)});
+        panel->saveHistogram();
+        QTest::qWait(50);
+        EXPECT_EQ(OXWFileDialog::pendingTestAnswers(), 0);
+        EXPECT_EQ(boxes.texts,
+                  answer.isEmpty() ? QStringList() : QStringList{"Unable to save " + missing});
+    }
+    EXPECT_EQ(QDir(files.path()).entryList(QDir::Files).size(), 3);
+}
+
 // Data whose bins do not count one value each show their own values on the tool's axis: the
 // centre of the first bin is the smallest value, that of the last bin the largest.
 TEST_F(PanelRead, FloatAndWideIntegerDataClassifyInTheirOwnValues)
