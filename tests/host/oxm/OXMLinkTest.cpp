@@ -115,6 +115,14 @@ TEST(OXMLink, ParentLinkArraysBuildTheTreeAndPathsWalkIt)
     EXPECT_EQ(Tracked::alive, 0);
     EXPECT_EQ(path.getLink(-1), nullptr);
     EXPECT_EQ(path.getLink(1), inner);
+
+    // A child taken out of its list but held elsewhere has no parent any more.
+    OXMObjectPtr kept(new Tracked);
+    const OXMObjectLink keptLink(kept.get());
+    inner->volumes.initArray(0, 0, &keptLink);
+    EXPECT_EQ(OXMObjectPath::fromObject(kept.get()).getPathDepth(), 3);
+    inner->volumes.initArray(0, -1, nullptr);
+    EXPECT_EQ(OXMObjectPath::fromObject(kept.get()).getPathDepth(), 1);
 }
 
 TEST(OXMLink, DestroyedObjectsLeaveNullLinksAndNoDanglingParents)
