@@ -74,6 +74,15 @@ TEST(OXMLink, LinkPropertiesNameOwnerAndPropertyAndHoldTheirObjects)
         EXPECT_EQ(Tracked::alive, 1);
     }
     EXPECT_EQ(Tracked::alive, 0); // the scene's links went with it
+
+    // A parent link that holds its object before it has an owner makes its owner the parent.
+    OXMObject owner;
+    owner.setAutoDelete(false);
+    auto* link = new OXMObjectParentLinkOP;
+    Tracked* held = new Tracked;
+    link->setValue(OXMObjectLink(held));
+    owner.addProperty(OXM::ApplicationSampleMaterial, link, true);
+    EXPECT_EQ(held->getParentLink().getOwner(), &owner);
 }
 
 TEST(OXMLink, ParentLinkArraysBuildTheTreeAndPathsWalkIt)
