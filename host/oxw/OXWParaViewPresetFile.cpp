@@ -72,8 +72,8 @@ Sampling::ColorSpace colorSpaceOf(const Map& map, OXWTransferFunction& tf)
     return space;
 }
 
-// The numbers of the list at index (size of them; numbers given as text are converted into
-// converted) and the index of the first that is no finite number (-1: none).
+// The size numbers of the list at index list (when some are given as text, all are converted
+// into `converted`), and in bad the index of the first that is no finite number (-1: none).
 const double* numbersOf(const Json& json, int list, int size, std::vector<double>& converted,
                         int& bad)
 {
